@@ -1,0 +1,87 @@
+#pragma once
+
+#include "core/async/FairSemaphore.h"
+#include "core/async/Task.h"
+#include "core/brew/OperationContext.h"
+#include "core/errors/Result.h"
+#include "core/process/ShellCommand.h"
+#include "core/process/ShellResult.h"
+
+#include <QObject>
+
+#include <memory>
+
+namespace larkspur {
+
+class BrewPathResolver;
+class Logger;
+class ShellExecutor;
+
+/// One brew command line.
+struct BrewCommand {
+    QStringList arguments;
+    EnvironmentMap environment = {};
+    bool suppressAutoUpdate = false;
+    StopToken stop = {};
+};
+
+class BrewSession;
+
+/// The only road to Homebrew: runs its queries side by side and its operations one after another.
+class BrewService : public QObject {
+    Q_OBJECT
+  public:
+    /// A query that has printed nothing for this long is ended and fails with a timeout.
+    static constexpr std::chrono::milliseconds defaultQueryLimit{120'000};
+
+    BrewService(ShellExecutor &shell, BrewPathResolver &pathResolver, Logger &logger,
+                std::chrono::milliseconds queryLimit = defaultQueryLimit);
+
+    /// Runs brew to completion, beside whatever else runs. A non-zero status is a result, not an error; errors are:
+    /// no brew, stopped, timed out, not startable.
+    Task<Result<ShellResult>> execute(BrewCommand command);
+
+    /// Waits for the operation lock; while another operation holds it, the output says so. The lock is held until
+    /// the session is destroyed. Fails if stop is requested first.
+    Task<Result<std::shared_ptr<BrewSession>>> beginOperation(OperationContext context);
+
+    bool isBrewOperationRunning() const { return m_operationLock.isExhausted(); }
+
+  private:
+    friend class BrewSession;
+    Task<Result<ShellResult>> run(BrewCommand command, ShellCommand shape);
+
+    ShellExecutor &m_shell;
+    BrewPathResolver &m_pathResolver;
+    Logger &m_logger;
+    std::chrono::milliseconds m_queryLimit;
+    FairSemaphore m_operationLock{1};
+};
+
+/// One operation's hold of the operation lock, retries included. Lets go of the lock when destroyed.
+class BrewSession {
+  public:
+    /// Whether the command runs on a terminal, where today's Homebrew shows how far its downloads are.
+    enum class Style { Plain, Terminal };
+
+    /// Runs brew with its output streamed to the context's sink, colours removed. A command that fails without
+    /// naming a reason gets one more line that says so, so that the output alone tells the outcome.
+    Task<Result<ShellResult>> stream(BrewCommand command, OperationContext context, Style style);
+
+    /// The same for a query that belongs to the operation: its output is not shown.
+    Task<Result<ShellResult>> execute(BrewCommand command);
+
+  private:
+    friend class BrewService;
+    BrewSession(BrewService &service, FairSemaphore::Permit lock)
+        : m_service(service)
+        , m_lock(std::move(lock)) {}
+
+    BrewService &m_service;
+    FairSemaphore::Permit m_lock;
+};
+
+/// True if the output names a reason for a failure: a line with "error:" or "fatal:", in any case.
+bool namesFailure(const QString &line);
+
+} // namespace larkspur

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "core/async/Task.h"
+#include "core/output/OutputSink.h"
+
+#include <chrono>
+#include <functional>
+
+namespace larkspur {
+
+/// What an operation needs of its caller: where its output goes, how it is asked to end early, and who hears that
+/// Homebrew has been silent for long.
+struct OperationContext {
+    OutputSinkPtr output;
+    StopToken stop = {};
+    std::function<void(std::chrono::seconds)> onSilence = {};
+};
+
+} // namespace larkspur

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QString>
+
+#include <expected>
+
+namespace larkspur {
+
+/// Why a JSON document or a part of it could not become a record.
+struct DecodingError {
+    enum class Kind { TypeMismatch, ValueMissing, KeyMissing, DataCorrupted };
+
+    Kind kind = Kind::DataCorrupted;
+    QString subject; ///< the expected type, the missing key, or the parser's own description
+    QString path;    ///< keys and indices that lead to the value, joined with "."
+
+    /// One line for the log.
+    QString description() const;
+};
+
+template <typename T>
+using Decoded = std::expected<T, DecodingError>;
+
+} // namespace larkspur

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "core/process/PseudoTerminal.h"
+
+#include <memory>
+
+namespace larkspur {
+
+/// What differs per system, one implementation of each port. The build picks the folder that defines `makePlatform`.
+struct Platform {
+    std::unique_ptr<PseudoTerminal> terminal;
+    /// Standard locations of the brew executable, in the order of preference.
+    QStringList knownBrewPaths;
+    /// Folders where applications are installed.
+    QStringList applicationFolders;
+};
+
+Platform makePlatform();
+
+} // namespace larkspur

@@ -1,0 +1,19 @@
+#include "platform/Platform.h"
+
+#include "platform/linux/NativePseudoTerminal.h"
+
+#include <QDir>
+
+namespace larkspur {
+
+Platform makePlatform() {
+    return {
+        .terminal = std::make_unique<NativePseudoTerminal>(),
+        .knownBrewPaths = {QStringLiteral("/opt/homebrew/bin/brew"), QStringLiteral("/usr/local/bin/brew"),
+                           QStringLiteral("/opt/workbrew/bin/brew"),
+                           QStringLiteral("/home/linuxbrew/.linuxbrew/bin/brew")},
+        .applicationFolders = {QDir::homePath() + QStringLiteral("/.config/apps"), QStringLiteral("/Applications")},
+    };
+}
+
+} // namespace larkspur

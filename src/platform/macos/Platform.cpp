@@ -1,0 +1,19 @@
+#include "platform/Platform.h"
+
+#include "platform/macos/ScriptPseudoTerminal.h"
+
+#include <QDir>
+
+namespace larkspur {
+
+Platform makePlatform() {
+    return {
+        .terminal = std::make_unique<ScriptPseudoTerminal>(),
+        .knownBrewPaths = {QStringLiteral("/opt/homebrew/bin/brew"), QStringLiteral("/usr/local/bin/brew"),
+                           QStringLiteral("/opt/workbrew/bin/brew")},
+        .applicationFolders = {QStringLiteral("/Applications"),
+                               QDir::homePath() + QStringLiteral("/Applications")},
+    };
+}
+
+} // namespace larkspur
