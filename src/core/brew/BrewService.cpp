@@ -5,6 +5,8 @@
 #include "core/output/Colours.h"
 #include "core/process/ShellExecutor.h"
 
+#include <memory>
+
 namespace larkspur {
 
 namespace {
@@ -60,13 +62,13 @@ Task<Result<ShellResult>> BrewService::run(BrewCommand command, ShellCommand sha
     co_return std::unexpected(result.verdict().error());
 }
 
-Task<Result<std::shared_ptr<BrewSession>>> BrewService::beginOperation(OperationContext context) {
+Task<Result<BrewSession>> BrewService::beginOperation(OperationContext context) {
     if (isBrewOperationRunning() && context.output)
         context.output->addLine(QStringLiteral("==> Waiting for another Homebrew operation to finish…"));
     auto permit = co_await m_operationLock.acquire(context.stop);
     if (!permit)
         co_return std::unexpected(BrewError::stopped());
-    co_return std::shared_ptr<BrewSession>(new BrewSession(*this, std::move(*permit)));
+    co_return BrewSession(this, std::move(*permit));
 }
 
 Task<Result<ShellResult>> BrewSession::stream(BrewCommand command, OperationContext context, Style style) {
@@ -76,7 +78,7 @@ Task<Result<ShellResult>> BrewSession::stream(BrewCommand command, OperationCont
     shape.onOutput = [watch](const OutputChange &change) { watch->take(change); };
     shape.onSilence = context.onSilence;
     command.stop = context.stop;
-    Result<ShellResult> result = co_await m_service.run(std::move(command), std::move(shape));
+    Result<ShellResult> result = co_await m_service->run(std::move(command), std::move(shape));
     if (result && result->exitCode != 0 && !watch->failureNamed && context.output)
         context.output->addLine(
             QStringLiteral("==> Error: Homebrew ended with status %1 without naming a reason.").arg(result->exitCode));
@@ -84,7 +86,7 @@ Task<Result<ShellResult>> BrewSession::stream(BrewCommand command, OperationCont
 }
 
 Task<Result<ShellResult>> BrewSession::execute(BrewCommand command) {
-    co_return co_await m_service.execute(std::move(command));
+    co_return co_await m_service->execute(std::move(command));
 }
 
 } // namespace larkspur

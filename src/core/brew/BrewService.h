@@ -9,7 +9,6 @@
 
 #include <QObject>
 
-#include <memory>
 
 namespace larkspur {
 
@@ -25,7 +24,30 @@ struct BrewCommand {
     StopToken stop = {};
 };
 
-class BrewSession;
+class BrewService;
+
+/// One operation's hold of the operation lock, retries included. Lets go of the lock when destroyed.
+class BrewSession {
+  public:
+    /// Whether the command runs on a terminal, where today's Homebrew shows how far its downloads are.
+    enum class Style { Plain, Terminal };
+
+    /// Runs brew with its output streamed to the context's sink, colours removed. A command that fails without
+    /// naming a reason gets one more line that says so, so that the output alone tells the outcome.
+    Task<Result<ShellResult>> stream(BrewCommand command, OperationContext context, Style style);
+
+    /// The same for a query that belongs to the operation: its output is not shown.
+    Task<Result<ShellResult>> execute(BrewCommand command);
+
+  private:
+    friend class BrewService;
+    BrewSession(BrewService *service, FairSemaphore::Permit lock)
+        : m_service(service)
+        , m_lock(std::move(lock)) {}
+
+    BrewService *m_service; ///< outlives every session
+    FairSemaphore::Permit m_lock;
+};
 
 /// The only road to Homebrew: runs its queries side by side and its operations one after another.
 class BrewService : public QObject {
@@ -43,7 +65,7 @@ class BrewService : public QObject {
 
     /// Waits for the operation lock; while another operation holds it, the output says so. The lock is held until
     /// the session is destroyed. Fails if stop is requested first.
-    Task<Result<std::shared_ptr<BrewSession>>> beginOperation(OperationContext context);
+    Task<Result<BrewSession>> beginOperation(OperationContext context);
 
     bool isBrewOperationRunning() const { return m_operationLock.isExhausted(); }
 
@@ -56,29 +78,6 @@ class BrewService : public QObject {
     Logger &m_logger;
     std::chrono::milliseconds m_queryLimit;
     FairSemaphore m_operationLock{1};
-};
-
-/// One operation's hold of the operation lock, retries included. Lets go of the lock when destroyed.
-class BrewSession {
-  public:
-    /// Whether the command runs on a terminal, where today's Homebrew shows how far its downloads are.
-    enum class Style { Plain, Terminal };
-
-    /// Runs brew with its output streamed to the context's sink, colours removed. A command that fails without
-    /// naming a reason gets one more line that says so, so that the output alone tells the outcome.
-    Task<Result<ShellResult>> stream(BrewCommand command, OperationContext context, Style style);
-
-    /// The same for a query that belongs to the operation: its output is not shown.
-    Task<Result<ShellResult>> execute(BrewCommand command);
-
-  private:
-    friend class BrewService;
-    BrewSession(BrewService &service, FairSemaphore::Permit lock)
-        : m_service(service)
-        , m_lock(std::move(lock)) {}
-
-    BrewService &m_service;
-    FairSemaphore::Permit m_lock;
 };
 
 /// True if the output names a reason for a failure: a line with "error:" or "fatal:", in any case.

@@ -1,0 +1,281 @@
+#include "inventory/queries/InventoryQueries.h"
+
+#include "core/async/Worker.h"
+#include "core/brew/BrewService.h"
+#include "core/brew/PackageName.h"
+#include "core/log/Logger.h"
+#include "core/settings/Preferences.h"
+#include "inventory/decoding/BrewInfoDecoder.h"
+#include "inventory/decoding/Conversion.h"
+
+#include <QThread>
+
+namespace larkspur {
+
+namespace {
+
+const QString jsonV2 = QStringLiteral("--json=v2");
+const QString cask = QStringLiteral("--cask");
+const QString formula = QStringLiteral("--formula");
+
+/// Records decoded in the background, with a line for each element that was left out.
+template <typename T>
+struct WithFailures {
+    T value;
+    QStringList failures;
+};
+
+template <typename Record, typename Wire, typename Convert>
+QList<Record> converted(const QList<Wire> &wire, Convert convert) {
+    QList<Record> records;
+    records.reserve(wire.size());
+    for (const Wire &entry : wire)
+        records.append(convert(entry));
+    return records;
+}
+
+Decoded<WithFailures<QList<Formula>>> formulaeOf(const QByteArray &bytes) {
+    auto response = decodeBrewInfo(bytes);
+    if (!response)
+        return std::unexpected(response.error());
+    return WithFailures<QList<Formula>>{converted<Formula>(response->formulae.elements, toFormula),
+                                        response->formulae.failures};
+}
+
+Decoded<WithFailures<QList<Cask>>> casksOf(const QByteArray &bytes) {
+    auto response = decodeBrewInfo(bytes);
+    if (!response)
+        return std::unexpected(response.error());
+    return WithFailures<QList<Cask>>{converted<Cask>(response->casks.elements, toCask), response->casks.failures};
+}
+
+Decoded<WithFailures<QList<OutdatedPackage>>> outdatedOf(const QByteArray &bytes) {
+    auto response = decodeOutdated(bytes);
+    if (!response)
+        return std::unexpected(response.error());
+    WithFailures<QList<OutdatedPackage>> packages;
+    for (const OutdatedFormula &entry : response->formulae.elements)
+        packages.value.append(toOutdatedPackage(entry));
+    for (const OutdatedCask &entry : response->casks.elements)
+        packages.value.append(toOutdatedPackage(entry));
+    packages.failures = response->formulae.failures + response->casks.failures;
+    return packages;
+}
+
+QSet<QString> shortNames(const QStringList &names) {
+    QSet<QString> set;
+    for (const QString &name : names)
+        set.insert(shortName(name));
+    return set;
+}
+
+bool reportsUnknownName(const QString &text) {
+    return text.contains(QLatin1String("No available formula")) || text.contains(QLatin1String("No formulae or casks")) ||
+           text.contains(QLatin1String("No Cask with this name exists")) ||
+           text.contains(QLatin1String("is unavailable"));
+}
+
+} // namespace
+
+InventoryQueries::InventoryQueries(BrewService &brew, Preferences &preferences, Logger &logger)
+    : m_brew(brew)
+    , m_preferences(preferences)
+    , m_logger(logger)
+    , m_atOnce(std::max(2, QThread::idealThreadCount())) {}
+
+Task<Result<ShellResult>> InventoryQueries::ask(QStringList arguments, StopToken stop) {
+    const auto permit = co_await m_atOnce.acquire(stop);
+    if (!permit)
+        co_return std::unexpected(BrewError::stopped());
+    auto result = co_await m_brew.execute(
+        {.arguments = std::move(arguments), .suppressAutoUpdate = true, .stop = std::move(stop)});
+    if (!result)
+        co_return std::unexpected(result.error());
+    if (const auto verdict = result->verdict(); !verdict)
+        co_return std::unexpected(verdict.error());
+    co_return std::move(*result);
+}
+
+Task<Result<QStringList>> InventoryQueries::askForNames(QStringList arguments, StopToken stop) {
+    const auto answer = co_await ask(std::move(arguments), std::move(stop));
+    if (!answer)
+        co_return std::unexpected(answer.error());
+    QStringList names;
+    for (const QString &line : answer->standardOutput().split(QLatin1Char('\n')))
+        if (const QString name = line.trimmed(); !name.isEmpty())
+            names.append(name);
+    co_return names;
+}
+
+void InventoryQueries::logDropped(const QStringList &failures) {
+    for (const QString &failure : failures)
+        m_logger.error(QStringLiteral("[Larkspur] An entry of Homebrew's answer was left out: ") + failure);
+}
+
+Task<Result<QList<Formula>>> InventoryQueries::installedFormulae(StopToken stop) {
+    auto answer = co_await ask({QStringLiteral("info"), QStringLiteral("--installed"), jsonV2}, std::move(stop));
+    if (!answer)
+        co_return std::unexpected(answer.error());
+    auto decoded = co_await runInWorker([bytes = std::move(answer->outputBytes)] { return formulaeOf(bytes); });
+    if (!decoded) {
+        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getInstalledFormulae: ") +
+                       decoded.error().description());
+        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
+    }
+    logDropped(decoded->failures);
+    co_return std::move(decoded->value);
+}
+
+Task<Result<QList<Cask>>> InventoryQueries::installedCasks(StopToken stop) {
+    auto answer = co_await ask({QStringLiteral("info"), QStringLiteral("--installed"), cask, jsonV2}, std::move(stop));
+    if (!answer && answer.error().text.contains(QLatin1String("No casks to list")))
+        co_return QList<Cask>();
+    if (!answer)
+        co_return std::unexpected(answer.error());
+    auto decoded = co_await runInWorker([bytes = std::move(answer->outputBytes)] { return casksOf(bytes); });
+    if (!decoded) {
+        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getInstalledCasks: ") +
+                       decoded.error().description());
+        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
+    }
+    logDropped(decoded->failures);
+    co_return std::move(decoded->value);
+}
+
+Task<Result<QList<OutdatedPackage>>> InventoryQueries::outdated(StopToken stop) {
+    QStringList arguments{QStringLiteral("outdated"), jsonV2};
+    if (m_preferences.boolean(keys::includeAutoUpdateCasks))
+        arguments.append(QStringLiteral("--greedy-auto-updates"));
+    auto answer = co_await ask(std::move(arguments), std::move(stop));
+    if (!answer)
+        co_return std::unexpected(answer.error());
+    auto decoded = outdatedOf(answer->outputBytes);
+    if (!decoded) {
+        m_logger.error(QStringLiteral("brew outdated JSON decode failed: ") + decoded.error().description());
+        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
+    }
+    logDropped(decoded->failures);
+    co_return std::move(decoded->value);
+}
+
+Task<Result<QSet<QString>>> InventoryQueries::leaves(StopToken stop) {
+    const auto names = co_await askForNames({QStringLiteral("leaves")}, std::move(stop));
+    co_return names ? Result<QSet<QString>>(shortNames(*names)) : std::unexpected(names.error());
+}
+
+Task<Result<QSet<QString>>> InventoryQueries::pinned(StopToken stop) {
+    const auto names = co_await askForNames({QStringLiteral("list"), QStringLiteral("--pinned")}, std::move(stop));
+    co_return names ? Result<QSet<QString>>(shortNames(*names)) : std::unexpected(names.error());
+}
+
+Task<Result<QList<BrewServiceInfo>>> InventoryQueries::services(StopToken stop) {
+    const auto answer = co_await ask(
+        {QStringLiteral("services"), QStringLiteral("list"), QStringLiteral("--json")}, std::move(stop));
+    if (!answer)
+        co_return std::unexpected(answer.error());
+    if (answer->outputBytes.trimmed().isEmpty())
+        co_return QList<BrewServiceInfo>();
+    auto decoded = decodeServices(answer->outputBytes);
+    if (!decoded) {
+        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getServices: ") +
+                       decoded.error().description());
+        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
+    }
+    logDropped(decoded->failures);
+    co_return std::move(decoded->elements);
+}
+
+Task<Result<QList<TapInfo>>> InventoryQueries::taps(StopToken stop) {
+    const auto names = co_await askForNames({QStringLiteral("tap")}, stop);
+    if (!names)
+        co_return std::unexpected(names.error());
+    if (names->isEmpty())
+        co_return QList<TapInfo>();
+    const auto answer =
+        co_await ask(QStringList{QStringLiteral("tap-info"), QStringLiteral("--json")} + *names, std::move(stop));
+    if (!answer)
+        co_return std::unexpected(answer.error());
+    auto decoded = decodeTaps(answer->outputBytes);
+    if (!decoded) {
+        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getTaps: ") + decoded.error().description());
+        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
+    }
+    logDropped(decoded->failures);
+    co_return std::move(decoded->elements);
+}
+
+Task<Result<TrustState>> InventoryQueries::trust(StopToken stop) {
+    const auto answer = co_await ask({QStringLiteral("trust"), QStringLiteral("--json=v1")}, std::move(stop));
+    if (!answer)
+        co_return std::unexpected(answer.error());
+    auto decoded = decodeTrust(answer->outputBytes);
+    if (!decoded)
+        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
+    co_return std::move(*decoded);
+}
+
+Task<Result<QStringList>> InventoryQueries::installedFullNames(StopToken stop) {
+    co_return co_await askForNames({QStringLiteral("list"), QStringLiteral("--full-name")}, std::move(stop));
+}
+
+Task<Result<Formula>> InventoryQueries::formulaDetails(QString name, StopToken stop) {
+    if (!isValidPackageName(name))
+        co_return std::unexpected(BrewError::packageNotFound(name));
+    const auto answer = co_await ask({QStringLiteral("info"), formula, jsonV2, name}, std::move(stop));
+    if (!answer)
+        co_return std::unexpected(reportsUnknownName(answer.error().text) ? BrewError::packageNotFound(name)
+                                                                          : answer.error());
+    const auto decoded = formulaeOf(answer->outputBytes);
+    if (!decoded)
+        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
+    if (decoded->value.isEmpty())
+        co_return std::unexpected(BrewError::packageNotFound(name));
+    co_return decoded->value.first();
+}
+
+Task<Result<Cask>> InventoryQueries::caskDetails(QString token, StopToken stop) {
+    if (!isValidPackageName(token))
+        co_return std::unexpected(BrewError::packageNotFound(token));
+    const auto answer = co_await ask({QStringLiteral("info"), cask, jsonV2, token}, std::move(stop));
+    if (!answer)
+        co_return std::unexpected(reportsUnknownName(answer.error().text) ? BrewError::packageNotFound(token)
+                                                                          : answer.error());
+    const auto decoded = casksOf(answer->outputBytes);
+    if (!decoded)
+        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
+    if (decoded->value.isEmpty())
+        co_return std::unexpected(BrewError::packageNotFound(token));
+    co_return decoded->value.first();
+}
+
+Task<Result<SearchHits>> InventoryQueries::search(QString text, StopToken stop) {
+    const QString wanted = text.trimmed();
+    if (wanted.isEmpty() || wanted.startsWith(QLatin1Char('-')))
+        co_return SearchHits(); // a leading dash would be an option
+    auto formulaSearch = searchKind(formula, wanted, stop);
+    auto caskSearch = searchKind(cask, wanted, stop);
+    const auto formulae = co_await formulaSearch;
+    const auto casks = co_await caskSearch;
+    if (!formulae)
+        co_return std::unexpected(formulae.error());
+    if (!casks)
+        co_return std::unexpected(casks.error());
+    co_return SearchHits{*formulae, *casks};
+}
+
+Task<Result<QStringList>> InventoryQueries::searchKind(QString kind, QString text, StopToken stop) {
+    auto names = co_await askForNames({QStringLiteral("search"), kind, text}, std::move(stop));
+    if (!names && names.error().kind == BrewError::Kind::CommandFailed &&
+        names.error().text.contains(QLatin1String("No formulae or casks found")))
+        co_return QStringList();
+    if (names) // on some systems headers come with the names
+        names->removeIf([](const QString &name) { return !isValidPackageName(name); });
+    co_return names;
+}
+
+Task<Result<QString>> InventoryQueries::homebrewPrefix(StopToken stop) {
+    const auto answer = co_await ask({QStringLiteral("--prefix")}, std::move(stop));
+    co_return answer ? Result<QString>(answer->standardOutput().trimmed()) : std::unexpected(answer.error());
+}
+
+} // namespace larkspur

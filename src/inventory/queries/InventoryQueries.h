@@ -1,0 +1,63 @@
+#pragma once
+
+#include "core/async/FairSemaphore.h"
+#include "core/async/Task.h"
+#include "core/errors/Result.h"
+#include "core/process/ShellResult.h"
+#include "inventory/decoding/ListDecoders.h"
+#include "inventory/records/BrewServiceInfo.h"
+#include "inventory/records/Package.h"
+#include "inventory/records/OutdatedPackage.h"
+#include "inventory/records/TapInfo.h"
+
+#include <QSet>
+
+namespace larkspur {
+
+class BrewService;
+class Logger;
+class Preferences;
+
+/// What a search for available packages found, both lists in Homebrew's order.
+struct SearchHits {
+    QStringList formulae;
+    QStringList casks;
+};
+
+/// The read side of Homebrew: one fixed command line per question, decoded off the main thread. Changes nothing,
+/// takes no lock, and runs no more queries at once than there are cores. A stop that is requested ends the query.
+class InventoryQueries {
+  public:
+    InventoryQueries(BrewService &brew, Preferences &preferences, Logger &logger);
+
+    Task<Result<QList<Formula>>> installedFormulae(StopToken stop = {});
+    Task<Result<QList<Cask>>> installedCasks(StopToken stop = {});
+    /// Self-updating casks are included if the person's preference says so.
+    Task<Result<QList<OutdatedPackage>>> outdated(StopToken stop = {});
+    Task<Result<QSet<QString>>> leaves(StopToken stop = {});
+    /// Short names of pinned packages of both kinds.
+    Task<Result<QSet<QString>>> pinned(StopToken stop = {});
+    Task<Result<QList<BrewServiceInfo>>> services(StopToken stop = {});
+    Task<Result<QList<TapInfo>>> taps(StopToken stop = {});
+    /// Fails where this Homebrew has no such command: the trust state is then unknown.
+    Task<Result<TrustState>> trust(StopToken stop = {});
+    /// Full names of everything installed, packages of untrusted taps included.
+    Task<Result<QStringList>> installedFullNames(StopToken stop = {});
+    Task<Result<Formula>> formulaDetails(QString name, StopToken stop = {});
+    Task<Result<Cask>> caskDetails(QString token, StopToken stop = {});
+    Task<Result<SearchHits>> search(QString text, StopToken stop = {});
+    Task<Result<QString>> homebrewPrefix(StopToken stop = {});
+
+  private:
+    Task<Result<ShellResult>> ask(QStringList arguments, StopToken stop);
+    Task<Result<QStringList>> askForNames(QStringList arguments, StopToken stop);
+    Task<Result<QStringList>> searchKind(QString kind, QString text, StopToken stop);
+    void logDropped(const QStringList &failures);
+
+    BrewService &m_brew;
+    Preferences &m_preferences;
+    Logger &m_logger;
+    FairSemaphore m_atOnce;
+};
+
+} // namespace larkspur

@@ -1,0 +1,238 @@
+#include "inventory/refresh/InventoryRefresh.h"
+
+#include "core/log/Logger.h"
+#include "inventory/cache/PackageCache.h"
+#include "inventory/refresh/CaskEnrichment.h"
+#include "inventory/refresh/HiddenTaps.h"
+#include "inventory/refresh/XcodeSetup.h"
+
+namespace larkspur {
+
+namespace {
+
+/// What was read from the disk about a cask stays until it is read again, as long as its version is the same.
+void keepFacts(const QList<Cask> &before, QList<Cask> &after) {
+    QHash<QString, const Cask *> known;
+    for (const Cask &cask : before)
+        known.insert(cask.token, &cask);
+    for (Cask &cask : after) {
+        const Cask *old = known.value(cask.token);
+        if (!old || old->version != cask.version)
+            continue;
+        cask.installedOn = old->installedOn;
+        if (!cask.actualVersion) {
+            cask.actualVersion = old->actualVersion;
+            cask.actualBuild = old->actualBuild;
+        }
+    }
+}
+
+} // namespace
+
+InventoryRefresh::InventoryRefresh(InventoryQueries &queries, PackageCache &cache, CaskEnrichment &enrichment,
+                                   InventoryState &state, Logger &logger)
+    : m_queries(queries)
+    , m_cache(cache)
+    , m_enrichment(enrichment)
+    , m_state(state)
+    , m_logger(logger) {}
+
+void InventoryRefresh::showCache() {
+    const auto formulae = m_cache.loadFormulae();
+    const auto casks = m_cache.loadCasks();
+    const auto outdated = m_cache.loadOutdated();
+    if (!formulae && !casks && !outdated)
+        return;
+    m_state.update([&](Inventory &inventory) {
+        inventory.hasLoaded = formulae || casks;
+        inventory.isStale =
+            (formulae && formulae->isExpired) || (casks && casks->isExpired) || (outdated && outdated->isExpired);
+        if (formulae)
+            inventory.installedFormulae = formulae->data;
+        if (casks)
+            inventory.installedCasks = casks->data;
+        if (outdated)
+            inventory.outdatedPackages = outdated->data;
+    });
+}
+
+void InventoryRefresh::invalidateCache() {
+    ++m_cacheGeneration;
+    m_cache.invalidateFormulae();
+    m_cache.invalidateCasks();
+    m_cache.invalidateOutdated();
+}
+
+Task<> InventoryRefresh::refresh(StopToken stop) {
+    const int wanted = m_started + 1;
+    while (m_finished < wanted) {
+        if (!m_isRunning)
+            m_current = std::make_shared<Task<>>(runOnce(stop));
+        const auto current = m_current;
+        co_await *current;
+    }
+}
+
+Task<> InventoryRefresh::runOnce(StopToken stop) {
+    begin();
+    // Tasks start at once: all of these are under way before the first is awaited.
+    Task<bool> loads[] = {loadFormulae(stop), loadCasks(stop),    loadOutdated(stop), loadLeaves(stop),
+                          loadPinned(stop),   loadServices(stop), loadTaps(stop)};
+    for (Task<bool> &load : loads)
+        co_await load;
+    finish();
+    co_await enrichCasks(stop);
+    m_isRunning = false;
+    m_finished = m_started;
+}
+
+void InventoryRefresh::begin() {
+    m_isRunning = true;
+    ++m_started;
+    m_failures.clear();
+    m_xcodeFailure = false;
+    m_state.update([](Inventory &inventory) {
+        inventory.isRefreshing = inventory.hasLoaded;
+        inventory.isLoading = !inventory.hasLoaded;
+    });
+}
+
+void InventoryRefresh::finish() {
+    m_state.update([this](Inventory &inventory) {
+        inventory.isRefreshing = false;
+        inventory.isLoading = false;
+        inventory.isStale = inventory.isStale && !m_failures.isEmpty();
+        inventory.hasLoaded = inventory.hasLoaded || m_failures.isEmpty();
+        inventory.refreshFailures = m_failures;
+        inventory.needsXcodeSetup = m_xcodeFailure;
+    });
+}
+
+void InventoryRefresh::noteFailure(const QString &prefix, const BrewError &error) {
+    m_logger.error(prefix + error.description());
+    if (error.kind == BrewError::Kind::Stopped)
+        return;
+    m_failures.append(prefix.section(QStringLiteral("] "), -1) + error.description());
+    m_xcodeFailure = m_xcodeFailure || needsXcodeSetup(error.text);
+}
+
+Task<bool> InventoryRefresh::loadFormulae(StopToken stop) {
+    const int generation = m_cacheGeneration;
+    auto formulae = co_await m_queries.installedFormulae(std::move(stop));
+    if (!formulae) {
+        noteFailure(QStringLiteral("[Larkspur] Failed to load formulae: "), formulae.error());
+        co_return false;
+    }
+    if (generation == m_cacheGeneration)
+        m_cache.saveFormulae(*formulae);
+    m_state.update([&](Inventory &inventory) {
+        inventory.installedFormulae = std::move(*formulae);
+        inventory.hasLoaded = true;
+    });
+    co_return true;
+}
+
+Task<bool> InventoryRefresh::loadCasks(StopToken stop) {
+    const int generation = m_cacheGeneration;
+    auto casks = co_await m_queries.installedCasks(std::move(stop));
+    if (!casks) {
+        noteFailure(QStringLiteral("[Larkspur] Failed to load casks: "), casks.error());
+        co_return false;
+    }
+    keepFacts(m_state.value().installedCasks, *casks);
+    if (generation == m_cacheGeneration)
+        m_cache.saveCasks(*casks);
+    m_state.update([&](Inventory &inventory) {
+        inventory.installedCasks = std::move(*casks);
+        inventory.hasEnrichedCaskVersions = false;
+    });
+    co_return true;
+}
+
+Task<bool> InventoryRefresh::loadOutdated(StopToken stop) {
+    const int generation = m_cacheGeneration;
+    auto outdated = co_await m_queries.outdated(std::move(stop));
+    if (!outdated) {
+        noteFailure(QStringLiteral("[Larkspur] Failed to load outdated: "), outdated.error());
+        co_return false;
+    }
+    if (generation == m_cacheGeneration)
+        m_cache.saveOutdated(*outdated);
+    m_state.update([&](Inventory &inventory) { inventory.outdatedPackages = std::move(*outdated); });
+    co_return true;
+}
+
+Task<bool> InventoryRefresh::loadLeaves(StopToken stop) {
+    auto leaves = co_await m_queries.leaves(std::move(stop));
+    if (!leaves) {
+        noteFailure(QStringLiteral("[Larkspur] Failed to load leaves: "), leaves.error());
+        co_return false;
+    }
+    m_state.update([&](Inventory &inventory) { inventory.leafPackages = std::move(*leaves); });
+    co_return true;
+}
+
+Task<bool> InventoryRefresh::loadPinned(StopToken stop) {
+    auto pinned = co_await m_queries.pinned(std::move(stop));
+    if (!pinned) {
+        noteFailure(QStringLiteral("[Larkspur] Failed to load pinned: "), pinned.error());
+        co_return false;
+    }
+    m_state.update([&](Inventory &inventory) { inventory.pinnedPackages = std::move(*pinned); });
+    co_return true;
+}
+
+Task<bool> InventoryRefresh::loadServices(StopToken stop) {
+    auto services = co_await m_queries.services(std::move(stop));
+    if (!services) {
+        noteFailure(QStringLiteral("[Larkspur] Failed to load services: "), services.error());
+        co_return false;
+    }
+    m_state.update([&](Inventory &inventory) { inventory.services = std::move(*services); });
+    co_return true;
+}
+
+Task<bool> InventoryRefresh::loadTaps(StopToken stop) {
+    auto tapQuery = m_queries.taps(stop);
+    auto trustQuery = m_queries.trust(stop);
+    auto nameQuery = m_queries.installedFullNames(stop);
+    auto taps = co_await tapQuery;
+    const auto trust = co_await trustQuery;
+    const auto names = co_await nameQuery;
+    if (!trust)
+        m_logger.warn(QStringLiteral("Failed to run brew trust")); // older Homebrew: unknown, which hides nothing
+    if (!taps) {
+        noteFailure(QStringLiteral("[Larkspur] Failed to load taps: "), taps.error());
+        co_return false;
+    }
+    const auto trustedTaps = trust ? std::optional(trustedTapNames(*taps, *trust)) : std::nullopt;
+    const auto hidden = trust ? hiddenTaps(*taps, *trust, names.value_or(QStringList())) : QList<HiddenTap>();
+    m_state.update([&](Inventory &inventory) {
+        inventory.taps = std::move(*taps);
+        inventory.trustedTaps = trustedTaps;
+        inventory.hiddenUntrustedTaps = hidden;
+    });
+    co_return true;
+}
+
+Task<> InventoryRefresh::enrichCasks(StopToken stop) {
+    QString prefix = m_state.value().brewPrefix.value_or(QString());
+    if (prefix.isEmpty()) {
+        prefix = (co_await m_queries.homebrewPrefix(std::move(stop))).value_or(QString());
+        if (prefix.isEmpty())
+            co_return;
+    }
+    const auto facts = co_await m_enrichment.read(prefix, m_state.value().installedCasks);
+    m_state.update([&](Inventory &inventory) {
+        inventory.brewPrefix = prefix;
+        inventory.hasEnrichedCaskVersions = true;
+        for (Cask &cask : inventory.installedCasks) {
+            const CaskFacts known = facts.value(cask.token);
+            cask.installedOn = known.installedOn ? known.installedOn : cask.installedOn;
+            cask.actualVersion = known.actualVersion ? known.actualVersion : cask.actualVersion;
+            cask.actualBuild = known.actualBuild ? known.actualBuild : cask.actualBuild;
+        }
+    });
+}
+
+} // namespace larkspur

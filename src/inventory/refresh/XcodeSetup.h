@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QString>
+
+namespace larkspur {
+
+/// True when Homebrew's text says that Xcode's build tools are missing or their licence is not accepted.
+bool needsXcodeSetup(const QString &text);
+
+} // namespace larkspur

@@ -1,0 +1,68 @@
+#include "operations/OperationCenter.h"
+
+#include <QPointer>
+
+#include <algorithm>
+
+namespace larkspur {
+
+OperationCenter::OperationCenter(PackageOperations &operations, TaskScope &scope)
+    : m_operations(operations)
+    , m_scope(scope) {}
+
+OperationRun *OperationCenter::start(OperationRequest request) {
+    forgetOldRuns();
+    auto *run = new OperationRun(std::move(request), this);
+    m_runs.append(run);
+    Q_EMIT started(run);
+    m_scope.spawn(run->title(), perform(run));
+    return run;
+}
+
+Task<> OperationCenter::perform(OperationRun *run) {
+    OperationContext context;
+    context.output = run->sink();
+    context.stop = run->stopToken();
+    context.onSilence = [run = QPointer(run)](std::chrono::seconds silence) {
+        if (run)
+            run->noteSilence(silence);
+    };
+    const auto begin = [this, run] {
+        run->begin();
+        Q_EMIT packagesWillChange();
+    };
+    const auto report = co_await m_operations.perform(run->request(), context, begin);
+    const bool wasStopped = !report && report.error().kind == BrewError::Kind::Stopped;
+    if (wasStopped)
+        context.output->addLine(QStringLiteral("==> Stopped. The operation may be incomplete."));
+    else if (!report)
+        context.output->addLine(QStringLiteral("==> Error: ") + report.error().description());
+    run->finish(wasStopped);
+    Q_EMIT finished(run);
+}
+
+QList<OperationRun *> OperationCenter::unfinished() const {
+    QList<OperationRun *> runs;
+    std::ranges::copy_if(m_runs, std::back_inserter(runs), &OperationRun::isRunning);
+    return runs;
+}
+
+OperationRun *OperationCenter::shown() const {
+    const auto running = std::ranges::find_if(m_runs, &OperationRun::isRunning);
+    if (running != m_runs.end())
+        return *running;
+    return m_runs.isEmpty() ? nullptr : m_runs.last();
+}
+
+void OperationCenter::stopAll() {
+    for (OperationRun *run : unfinished())
+        run->stop();
+}
+
+void OperationCenter::forgetOldRuns() {
+    constexpr qsizetype kept = 8;
+    while (m_runs.size() > kept && !m_runs.first()->isRunning())
+        m_runs.takeFirst()->deleteLater();
+}
+
+} // namespace larkspur

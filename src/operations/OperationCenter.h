@@ -1,0 +1,43 @@
+#pragma once
+
+#include "core/async/TaskScope.h"
+#include "operations/OperationRun.h"
+#include "operations/PackageOperations.h"
+
+#include <QObject>
+
+namespace larkspur {
+
+/// Starts operations and keeps the object that tells about each. They run one after another, in the order of asking.
+class OperationCenter : public QObject {
+    Q_OBJECT
+  public:
+    OperationCenter(PackageOperations &operations, TaskScope &scope);
+
+    /// Starts an operation, or queues it behind the one that runs. The run stays until the center is destroyed or
+    /// its successor has finished.
+    OperationRun *start(OperationRequest request);
+
+    /// Runs that have not finished, the oldest first.
+    QList<OperationRun *> unfinished() const;
+    /// The one to show: the oldest unfinished, else the one that finished last; null before the first.
+    OperationRun *shown() const;
+
+    void stopAll();
+
+  Q_SIGNALS:
+    void started(larkspur::OperationRun *run);
+    /// The lock is held: from now on the installed set may change.
+    void packagesWillChange();
+    void finished(larkspur::OperationRun *run);
+
+  private:
+    Task<> perform(OperationRun *run);
+    void forgetOldRuns();
+
+    PackageOperations &m_operations;
+    TaskScope &m_scope;
+    QList<OperationRun *> m_runs;
+};
+
+} // namespace larkspur

@@ -1,0 +1,65 @@
+#include "operations/OperationRun.h"
+
+#include <QPointer>
+
+namespace larkspur {
+
+/// Outlives its run without harm: late output of a dying child goes nowhere.
+class OperationRun::Sink final : public OutputSink {
+  public:
+    explicit Sink(OperationRun *run)
+        : m_run(run) {}
+    void receive(const OutputChange &change) override {
+        if (m_run)
+            m_run->receive(change);
+    }
+
+  private:
+    QPointer<OperationRun> m_run;
+};
+
+OperationRun::OperationRun(OperationRequest request, QObject *parent)
+    : QObject(parent)
+    , m_request(std::move(request))
+    , m_progress(m_request.expectedSteps ? m_request.expectedSteps
+                                         : std::optional(static_cast<int>(m_request.packages.size()))) {}
+
+void OperationRun::stop() {
+    if (!isRunning() || m_stop.stop_requested())
+        return;
+    m_stop.request_stop();
+    Q_EMIT changed();
+}
+
+OutputSinkPtr OperationRun::sink() {
+    return std::make_shared<Sink>(this);
+}
+
+void OperationRun::begin() {
+    m_state = State::Running;
+    Q_EMIT changed();
+}
+
+void OperationRun::receive(const OutputChange &change) {
+    m_transcript.apply(change);
+    m_progress.apply(change);
+    m_silence = {};
+    Q_EMIT outputReceived(change);
+    Q_EMIT changed();
+}
+
+void OperationRun::noteSilence(std::chrono::seconds silence) {
+    m_silence = silence;
+    Q_EMIT changed();
+}
+
+void OperationRun::finish(bool wasStopped) {
+    m_state = State::Finished;
+    m_silence = {};
+    m_wasStopped = wasStopped;
+    m_outcome = wasStopped ? OperationOutcome::Failed : outcomeOf(m_transcript.lines());
+    Q_EMIT changed();
+    Q_EMIT finished();
+}
+
+} // namespace larkspur

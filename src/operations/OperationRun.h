@@ -1,0 +1,67 @@
+#pragma once
+
+#include "core/async/Task.h"
+#include "core/output/OperationProgress.h"
+#include "core/output/OutputSink.h"
+#include "core/output/Transcript.h"
+#include "operations/OperationRequest.h"
+#include "operations/Verdict.h"
+
+#include <QObject>
+
+#include <chrono>
+
+namespace larkspur {
+
+/// One operation from the moment it was asked for until its outcome is known: what the operation bar, its sheet and
+/// the terminal show.
+class OperationRun : public QObject {
+    Q_OBJECT
+  public:
+    enum class State { Queued, Running, Finished };
+
+    explicit OperationRun(OperationRequest request, QObject *parent = nullptr);
+
+    const OperationRequest &request() const { return m_request; }
+    QString title() const { return m_request.title(); }
+    State state() const { return m_state; }
+    bool isRunning() const { return m_state != State::Finished; }
+    OperationOutcome outcome() const { return m_outcome; }
+    bool wasStopped() const { return m_wasStopped; }
+    bool isStopping() const { return isRunning() && m_stop.stop_requested(); }
+    const Transcript &transcript() const { return m_transcript; }
+    const OperationProgress &progress() const { return m_progress; }
+    /// How long nothing has come from Homebrew; zero while that is not worth a word.
+    std::chrono::seconds silence() const { return m_silence; }
+
+    StopToken stopToken() const { return m_stop.get_token(); }
+    /// Asks the operation to end. It ends by itself once its child has.
+    void stop();
+
+    // For the one who runs it.
+    OutputSinkPtr sink();
+    void begin();
+    void noteSilence(std::chrono::seconds silence);
+    void finish(bool wasStopped);
+
+  Q_SIGNALS:
+    void outputReceived(const larkspur::OutputChange &change);
+    /// State, progress, current item or silence are no longer what they were.
+    void changed();
+    void finished();
+
+  private:
+    class Sink;
+    void receive(const OutputChange &change);
+
+    OperationRequest m_request;
+    State m_state = State::Queued;
+    OperationOutcome m_outcome = OperationOutcome::Running;
+    bool m_wasStopped = false;
+    Transcript m_transcript;
+    OperationProgress m_progress;
+    std::chrono::seconds m_silence{0};
+    StopSource m_stop;
+};
+
+} // namespace larkspur
