@@ -11,18 +11,27 @@ OperationCenter::OperationCenter(PackageOperations &operations, TaskScope &scope
     , m_scope(scope) {}
 
 OperationRun *OperationCenter::start(OperationRequest request) {
+    OperationRun *run = create(std::move(request));
+    start(run);
+    return run;
+}
+
+OperationRun *OperationCenter::create(OperationRequest request) {
     forgetOldRuns();
-    auto *run = new OperationRun(std::move(request), this);
-    m_runs.append(run);
+    m_runs.append(new OperationRun(std::move(request), this));
+    return m_runs.last();
+}
+
+void OperationCenter::start(OperationRun *run) {
     Q_EMIT started(run);
     m_scope.spawn(run->title(), perform(run));
-    return run;
 }
 
 Task<> OperationCenter::perform(OperationRun *run) {
     OperationContext context;
     context.output = run->sink();
     context.stop = run->stopToken();
+    context.wantsRedraws = m_wantsRedraws;
     context.onSilence = [run = QPointer(run)](std::chrono::seconds silence) {
         if (run)
             run->noteSilence(silence);
@@ -37,7 +46,7 @@ Task<> OperationCenter::perform(OperationRun *run) {
         context.output->addLine(QStringLiteral("==> Stopped. The operation may be incomplete."));
     else if (!report)
         context.output->addLine(QStringLiteral("==> Error: ") + report.error().description());
-    run->finish(wasStopped);
+    run->finish(report ? std::nullopt : std::optional(report.error()));
     Q_EMIT finished(run);
 }
 

@@ -18,12 +18,19 @@ class OperationCenter : public QObject {
     /// its successor has finished.
     OperationRun *start(OperationRequest request);
 
+    /// The same in two steps, for who wants to listen before anything happens.
+    OperationRun *create(OperationRequest request);
+    void start(OperationRun *run);
+
     /// Runs that have not finished, the oldest first.
     QList<OperationRun *> unfinished() const;
     /// The one to show: the oldest unfinished, else the one that finished last; null before the first.
     OperationRun *shown() const;
 
     void stopAll();
+
+    /// Operations that start from now on run on a terminal where that shows more; on by default.
+    void setWantsRedraws(bool wants) { m_wantsRedraws = wants; }
 
   Q_SIGNALS:
     void started(larkspur::OperationRun *run);
@@ -38,6 +45,7 @@ class OperationCenter : public QObject {
     PackageOperations &m_operations;
     TaskScope &m_scope;
     QList<OperationRun *> m_runs;
+    bool m_wantsRedraws = true;
 };
 
 } // namespace larkspur

@@ -21,7 +21,7 @@ struct PackageTarget {
 /// What is to be done with which packages.
 struct OperationRequest {
     OperationKind kind = OperationKind::Install;
-    QList<PackageTarget> packages; ///< empty for the upgrade of all
+    QList<PackageTarget> packages = {}; ///< empty for the upgrade of all
     /// Number of packages that will be touched, where known: for the progress bar.
     std::optional<int> expectedSteps = std::nullopt;
 

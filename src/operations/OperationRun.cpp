@@ -53,11 +53,11 @@ void OperationRun::noteSilence(std::chrono::seconds silence) {
     Q_EMIT changed();
 }
 
-void OperationRun::finish(bool wasStopped) {
+void OperationRun::finish(std::optional<BrewError> failure) {
     m_state = State::Finished;
     m_silence = {};
-    m_wasStopped = wasStopped;
-    m_outcome = wasStopped ? OperationOutcome::Failed : outcomeOf(m_transcript.lines());
+    m_failure = std::move(failure);
+    m_outcome = m_failure ? OperationOutcome::Failed : outcomeOf(m_transcript.lines());
     Q_EMIT changed();
     Q_EMIT finished();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/async/Task.h"
+#include "core/errors/BrewError.h"
 #include "core/output/OperationProgress.h"
 #include "core/output/OutputSink.h"
 #include "core/output/Transcript.h"
@@ -27,7 +28,9 @@ class OperationRun : public QObject {
     State state() const { return m_state; }
     bool isRunning() const { return m_state != State::Finished; }
     OperationOutcome outcome() const { return m_outcome; }
-    bool wasStopped() const { return m_wasStopped; }
+    bool wasStopped() const { return m_failure && m_failure->kind == BrewError::Kind::Stopped; }
+    /// Why the operation could not be carried out at all; nothing if Homebrew ran, whatever it said.
+    const std::optional<BrewError> &failure() const { return m_failure; }
     bool isStopping() const { return isRunning() && m_stop.stop_requested(); }
     const Transcript &transcript() const { return m_transcript; }
     const OperationProgress &progress() const { return m_progress; }
@@ -42,7 +45,7 @@ class OperationRun : public QObject {
     OutputSinkPtr sink();
     void begin();
     void noteSilence(std::chrono::seconds silence);
-    void finish(bool wasStopped);
+    void finish(std::optional<BrewError> failure);
 
   Q_SIGNALS:
     void outputReceived(const larkspur::OutputChange &change);
@@ -57,7 +60,7 @@ class OperationRun : public QObject {
     OperationRequest m_request;
     State m_state = State::Queued;
     OperationOutcome m_outcome = OperationOutcome::Running;
-    bool m_wasStopped = false;
+    std::optional<BrewError> m_failure;
     Transcript m_transcript;
     OperationProgress m_progress;
     std::chrono::seconds m_silence{0};

@@ -2,6 +2,9 @@
 
 #include "core/process/PseudoTerminal.h"
 
+#include <QSettings>
+#include <QStringList>
+
 #include <memory>
 
 namespace larkspur {
@@ -9,6 +12,8 @@ namespace larkspur {
 /// What differs per system, one implementation of each port. The build picks the folder that defines `makePlatform`.
 struct Platform {
     std::unique_ptr<PseudoTerminal> terminal;
+    /// The system's own store of preferences.
+    std::unique_ptr<QSettings> preferenceStore;
     /// Standard locations of the brew executable, in the order of preference.
     QStringList knownBrewPaths;
     /// Folders where applications are installed.

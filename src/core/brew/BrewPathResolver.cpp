@@ -35,7 +35,7 @@ Task<std::optional<QString>> BrewPathResolver::resolve() {
         const auto searching = m_search;
         co_await *searching;
     }
-    co_return m_cachedPath;
+    co_return std::optional(m_cachedPath); // a copy: QCoro moves out of what co_return names
 }
 
 Task<bool> BrewPathResolver::search() {

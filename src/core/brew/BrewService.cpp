@@ -74,7 +74,7 @@ Task<Result<BrewSession>> BrewService::beginOperation(OperationContext context) 
 Task<Result<ShellResult>> BrewSession::stream(BrewCommand command, OperationContext context, Style style) {
     const auto watch = std::make_shared<StreamWatch>(context.output);
     ShellCommand shape;
-    shape.mode = style == Style::Terminal ? RunMode::Terminal : RunMode::Stream;
+    shape.mode = style == Style::Terminal && context.wantsRedraws ? RunMode::Terminal : RunMode::Stream;
     shape.onOutput = [watch](const OutputChange &change) { watch->take(change); };
     shape.onSilence = context.onSilence;
     command.stop = context.stop;

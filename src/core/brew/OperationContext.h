@@ -14,6 +14,8 @@ struct OperationContext {
     OutputSinkPtr output;
     StopToken stop = {};
     std::function<void(std::chrono::seconds)> onSilence = {};
+    /// Whether redraws of progress are welcome; a pipe to another program wants lines that stay.
+    bool wantsRedraws = true;
 };
 
 } // namespace larkspur

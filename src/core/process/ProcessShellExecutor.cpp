@@ -55,7 +55,7 @@ Task<EnvironmentMap> ProcessShellExecutor::loginShellEnvironment() {
     if (!m_capture)
         m_capture = captureLoginShell();
     co_await *m_capture;
-    co_return m_loginShell;
+    co_return EnvironmentMap(m_loginShell); // a copy: QCoro moves out of what co_return names
 }
 
 Task<bool> ProcessShellExecutor::captureLoginShell() {

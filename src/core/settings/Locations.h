@@ -18,7 +18,7 @@ struct Locations {
     /// Folders where applications are installed.
     QStringList applicationFolders;
     /// Added to the window title; empty for the person's own Homebrew.
-    QString titleSuffix;
+    QString titleSuffix = {};
 
     QString logFolder() const { return dataFolder + QStringLiteral("/Logs"); }
     QString cacheFolder() const { return dataFolder + QStringLiteral("/Cache"); }

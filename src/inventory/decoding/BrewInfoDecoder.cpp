@@ -186,9 +186,9 @@ Decoded<BrewInfoResponse> decodeBrewInfo(const QByteArray &bytes) {
     return json::document<BrewInfoResponse>(bytes, [](Value root, const Path &path) {
         BrewInfoResponse response;
         json::forEachField(root, path, [&](std::string_view key, Value field, const Path &at) {
-            if (key == "formulae")
+            if (key == "formulae" && !json::isNull(field))
                 response.formulae = LossyArray<FormulaJSON>::decode(field, at, decodeFormula);
-            else if (key == "casks")
+            else if (key == "casks" && !json::isNull(field))
                 response.casks = LossyArray<CaskJSON>::decode(field, at, decodeCask);
         });
         return response;

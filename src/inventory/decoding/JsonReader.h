@@ -41,6 +41,7 @@ std::optional<qint64> optionalInteger(Value value, const Path &path);
 std::optional<bool> optionalFlag(Value value, const Path &path);
 /// Null reads as an empty list.
 QStringList strings(Value value, const Path &path);
+/// Not for the root of a document, which is never null.
 bool isNull(Value &value);
 
 /// Calls `take(key, value, path)` for each field of an object. The key lives until the call returns.
@@ -96,8 +97,6 @@ struct LossyArray {
     template <typename DecodeElement>
     static LossyArray decode(json::Value value, const json::Path &path, DecodeElement decodeElement) {
         LossyArray list;
-        if (json::isNull(value))
-            return list;
         json::forEachElement(value, path, [&](json::Value element, const json::Path &at) {
             try {
                 list.elements.append(decodeElement(element, at));

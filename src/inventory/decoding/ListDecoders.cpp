@@ -110,10 +110,10 @@ Decoded<OutdatedResponse> decodeOutdated(const QByteArray &bytes) {
     return json::document<OutdatedResponse>(bytes, [](Value root, const Path &path) {
         OutdatedResponse response;
         json::forEachField(root, path, [&](std::string_view key, Value field, const Path &at) {
-            if (key == "formulae")
+            if (key == "formulae" && !json::isNull(field))
                 response.formulae =
                     LossyArray<OutdatedFormula>::decode(field, at, decodeOutdatedPackage<OutdatedFormula>);
-            else if (key == "casks")
+            else if (key == "casks" && !json::isNull(field))
                 response.casks = LossyArray<OutdatedCask>::decode(field, at, decodeOutdatedPackage<OutdatedCask>);
         });
         return response;

@@ -109,9 +109,9 @@ void InventoryRefresh::finish() {
 }
 
 void InventoryRefresh::noteFailure(const QString &prefix, const BrewError &error) {
-    m_logger.error(prefix + error.description());
     if (error.kind == BrewError::Kind::Stopped)
         return;
+    m_logger.error(prefix + error.description());
     m_failures.append(prefix.section(QStringLiteral("] "), -1) + error.description());
     m_xcodeFailure = m_xcodeFailure || needsXcodeSetup(error.text);
 }
@@ -199,7 +199,7 @@ Task<bool> InventoryRefresh::loadTaps(StopToken stop) {
     auto taps = co_await tapQuery;
     const auto trust = co_await trustQuery;
     const auto names = co_await nameQuery;
-    if (!trust)
+    if (!trust && trust.error().kind != BrewError::Kind::Stopped)
         m_logger.warn(QStringLiteral("Failed to run brew trust")); // older Homebrew: unknown, which hides nothing
     if (!taps) {
         noteFailure(QStringLiteral("[Larkspur] Failed to load taps: "), taps.error());

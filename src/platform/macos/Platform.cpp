@@ -9,6 +9,9 @@ namespace larkspur {
 Platform makePlatform() {
     return {
         .terminal = std::make_unique<ScriptPseudoTerminal>(),
+        // The user defaults of com.ferncastle.larkspur.
+        .preferenceStore =
+            std::make_unique<QSettings>(QStringLiteral("ferncastle.com"), QStringLiteral("larkspur")),
         .knownBrewPaths = {QStringLiteral("/opt/homebrew/bin/brew"), QStringLiteral("/usr/local/bin/brew"),
                            QStringLiteral("/opt/workbrew/bin/brew")},
         .applicationFolders = {QStringLiteral("/Applications"),

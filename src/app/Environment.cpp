@@ -1,0 +1,85 @@
+#include "app/Environment.h"
+
+#include "platform/Platform.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QStandardPaths>
+
+namespace larkspur {
+
+namespace {
+
+QString sampleBrewExecutable() {
+    return QCoreApplication::applicationDirPath() + QStringLiteral("/sample-brew");
+}
+
+/// The sample's brew is a link to the tool of this build, wherever the sample was made.
+bool linkBrew(const QString &link) {
+    if (QFileInfo(link).symLinkTarget() == sampleBrewExecutable())
+        return true;
+    QFile::remove(link);
+    return QFile::link(sampleBrewExecutable(), link);
+}
+
+std::expected<void, QString> prepareSample(const QString &prefix, bool fresh) {
+    if (!QFileInfo(sampleBrewExecutable()).isExecutable())
+        return std::unexpected(QStringLiteral("The sample Homebrew is not built: %1").arg(sampleBrewExecutable()));
+    const QString brew = prefix + QStringLiteral("/bin/brew");
+    if (!fresh && QFileInfo(brew).isSymLink())
+        return linkBrew(brew) ? std::expected<void, QString>()
+                              : std::unexpected(QStringLiteral("%1 cannot be written").arg(brew));
+    if (QProcess::execute(sampleBrewExecutable(), {QStringLiteral("--create"), prefix}) != 0)
+        return std::unexpected(QStringLiteral("The sample Homebrew cannot be made in %1").arg(prefix));
+    return {};
+}
+
+} // namespace
+
+Environment userEnvironment() {
+    Platform platform = makePlatform();
+    Environment environment;
+    environment.locations = {
+        .dataFolder =
+            QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Larkspur"),
+        .knownBrewPaths = platform.knownBrewPaths,
+        .applicationFolders = platform.applicationFolders,
+    };
+    environment.preferenceStore = std::move(platform.preferenceStore);
+    environment.terminal = std::move(platform.terminal);
+    return environment;
+}
+
+std::expected<Environment, QString> sampleEnvironment(const QString &folder, bool fresh) {
+    const QString root = QDir(folder).absolutePath();
+    if (!QDir().mkpath(root))
+        return std::unexpected(QStringLiteral("The folder %1 cannot be made").arg(root));
+    const QString prefix = root + QStringLiteral("/homebrew");
+    if (fresh)
+        QDir(root + QStringLiteral("/data")).removeRecursively();
+    if (const auto prepared = prepareSample(prefix, fresh); !prepared)
+        return std::unexpected(prepared.error());
+    Environment environment;
+    environment.locations = {
+        .dataFolder = root + QStringLiteral("/data"),
+        .knownBrewPaths = {prefix + QStringLiteral("/bin/brew")},
+        .searchPathForBrew = false,
+        .readLoginShell = false,
+        .applicationFolders = {root + QStringLiteral("/Applications")},
+        .titleSuffix = QStringLiteral(" — Sample"),
+    };
+    environment.preferenceStore = std::make_unique<QSettings>(root + QStringLiteral("/data/preferences.ini"),
+                                                              QSettings::IniFormat);
+    environment.terminal = makePlatform().terminal;
+    return environment;
+}
+
+QString defaultSampleFolder() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation) +
+           QStringLiteral("/larkspur-sample");
+}
+
+} // namespace larkspur

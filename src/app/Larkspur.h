@@ -1,0 +1,86 @@
+#pragma once
+
+#include "app/Environment.h"
+#include "core/async/TaskScope.h"
+#include "core/brew/BrewPathResolver.h"
+#include "core/brew/BrewService.h"
+#include "core/brew/LatestBrewRelease.h"
+#include "core/log/Logger.h"
+#include "core/process/ProcessShellExecutor.h"
+#include "core/settings/Preferences.h"
+#include "inventory/cache/PackageCache.h"
+#include "inventory/queries/InventoryQueries.h"
+#include "inventory/refresh/CaskEnrichment.h"
+#include "inventory/refresh/CatalogueUpdate.h"
+#include "inventory/refresh/InventoryRefresh.h"
+#include "inventory/refresh/PackageSizes.h"
+#include "inventory/refresh/StartupCheck.h"
+#include "inventory/state/InventoryState.h"
+#include "operations/OperationCenter.h"
+
+#include <QNetworkAccessManager>
+
+namespace larkspur {
+
+/// The one place where the program's objects are made and joined. Window and terminal take from here the services
+/// that they need. Everything lives on the main thread.
+class Larkspur : public QObject {
+    Q_OBJECT
+  public:
+    explicit Larkspur(Environment environment);
+    ~Larkspur() override;
+
+    const Locations &locations() const { return m_environment.locations; }
+    Logger &logger() { return m_logger; }
+    Preferences &preferences() { return m_preferences; }
+    BrewService &brew() { return m_brew; }
+    InventoryQueries &queries() { return m_queries; }
+    InventoryState &inventory() { return m_inventory; }
+    InventoryRefresh &refresh() { return m_refresh; }
+    StartupCheck &startupCheck() { return m_startupCheck; }
+    CatalogueUpdate &catalogueUpdate() { return m_catalogueUpdate; }
+    PackageSizes &packageSizes() { return m_packageSizes; }
+    OperationCenter &operations() { return m_operations; }
+    LatestBrewRelease &latestRelease() { return m_latestRelease; }
+    TaskScope &tasks() { return m_tasks; }
+
+    /// From now on the inventory is refreshed after each operation and each preference that changes it: for the
+    /// window, which stays.
+    void keepInventoryFresh();
+
+    /// Asked to end by `shutDown`; queries that nobody else stops take it.
+    StopToken stopToken() const { return m_stop.get_token(); }
+
+    /// Asks everything that runs to end. The object may be destroyed once `drained` was emitted; if nothing runs
+    /// that happens at the next turn of the event loop.
+    void shutDown();
+
+  Q_SIGNALS:
+    void drained();
+
+  private:
+    void refreshInBackground(const QString &reason);
+
+    Environment m_environment;
+    StopSource m_stop;
+    Logger m_logger;
+    Preferences m_preferences;
+    ProcessShellExecutor m_shell;
+    BrewPathResolver m_resolver;
+    BrewService m_brew;
+    InventoryQueries m_queries;
+    PackageCache m_cache;
+    CaskEnrichment m_enrichment;
+    InventoryState m_inventory;
+    InventoryRefresh m_refresh;
+    StartupCheck m_startupCheck;
+    CatalogueUpdate m_catalogueUpdate;
+    PackageSizes m_packageSizes;
+    QNetworkAccessManager m_network;
+    LatestBrewRelease m_latestRelease;
+    PackageOperations m_packageOperations;
+    TaskScope m_tasks;
+    OperationCenter m_operations;
+};
+
+} // namespace larkspur

@@ -1,0 +1,60 @@
+#include "cli/LiveOutput.h"
+
+#include "cli/Terminal.h"
+
+#include <algorithm>
+
+namespace larkspur::cli {
+
+LiveOutput::LiveOutput(const Terminal &terminal)
+    : m_terminal(terminal) {}
+
+void LiveOutput::receive(const OutputChange &change) {
+    clearBar();
+    QString text;
+    if (change.replaces > 0 && m_terminal.isInteractive())
+        text = QStringLiteral("\u001B[%1A\r\u001B[J").arg(change.replaces);
+    for (const QString &line : change.lines)
+        text += (m_terminal.isInteractive() ? line.left(m_terminal.width() - 1) : line) + QLatin1Char('\n');
+    m_terminal.raw(text);
+}
+
+void LiveOutput::showProgress(const OperationProgress &progress) {
+    if (m_terminal.isInteractive())
+        drawBar(progressBar(progress, m_terminal.width() - 1));
+}
+
+void LiveOutput::showNote(const QString &note) {
+    if (m_terminal.isInteractive())
+        drawBar(note.left(m_terminal.width() - 1));
+}
+
+void LiveOutput::drawBar(const QString &text) {
+    if (text == m_bar)
+        return;
+    m_terminal.raw(QStringLiteral("\r\u001B[K") + text);
+    m_bar = text;
+}
+
+void LiveOutput::clearBar() {
+    if (m_bar.isEmpty())
+        return;
+    m_terminal.raw(QStringLiteral("\r\u001B[K"));
+    m_bar.clear();
+}
+
+QString progressBar(const OperationProgress &progress, int width) {
+    constexpr int shortestBar = 10;
+    constexpr int longestBar = 40;
+    const QString item = progress.currentItem().value_or(QStringLiteral("working")).left(30);
+    if (!progress.fraction())
+        return item + QStringLiteral("…");
+    const int percent = static_cast<int>(*progress.fraction() * 100 + 0.5);
+    const int room = std::clamp(width - static_cast<int>(item.size()) - 10, shortestBar, longestBar);
+    const int filled = percent * room / 100;
+    return QStringLiteral("%1  [%2%3]  %4%")
+        .arg(item, QString(filled, QLatin1Char('#')), QString(room - filled, QLatin1Char('-')))
+        .arg(percent);
+}
+
+} // namespace larkspur::cli

@@ -1,0 +1,42 @@
+#include "cli/TerminalProgram.h"
+
+#include "app/Larkspur.h"
+#include "cli/CommandLine.h"
+#include "cli/InterruptWatch.h"
+
+#include <QCoreApplication>
+#include <QTimer>
+
+namespace larkspur::cli {
+
+namespace {
+
+Task<> runAndQuit(Larkspur &larkspur, const Terminal &terminal, QStringList words, StopToken stop) {
+    const ExitStatus status = co_await runCommandLine(larkspur, terminal, std::move(words), std::move(stop));
+    QObject::connect(&larkspur, &Larkspur::drained, QCoreApplication::instance(),
+                     [status] { QCoreApplication::exit(static_cast<int>(status)); });
+    larkspur.shutDown();
+}
+
+} // namespace
+
+int runTerminalProgram(int argc, char *argv[], const LaunchOptions &options) {
+    QCoreApplication application(argc, argv);
+    const Terminal terminal;
+    auto environment = environmentFor(options);
+    if (!environment) {
+        terminal.error(environment.error());
+        return static_cast<int>(ExitStatus::Failed);
+    }
+    Larkspur larkspur(std::move(*environment));
+    StopSource stop;
+    const InterruptWatch interrupts([&stop] { stop.request_stop(); });
+    // Started inside the event loop: a command that needs no child would otherwise end before the loop begins.
+    QTimer::singleShot(0, &larkspur, [&] {
+        [[maybe_unused]] const auto running =
+            runAndQuit(larkspur, terminal, options.commandWords, stop.get_token());
+    });
+    return QCoreApplication::exec();
+}
+
+} // namespace larkspur::cli

@@ -1,0 +1,29 @@
+#pragma once
+
+#include "cli/Command.h"
+
+#include <vector>
+
+namespace larkspur::cli {
+
+/// One of each command, in the order of the help text.
+std::vector<std::unique_ptr<Command>> makeCommands();
+
+std::unique_ptr<Command> makeStatusCommand();
+std::unique_ptr<Command> makeListCommand();
+std::unique_ptr<Command> makeOutdatedCommand();
+std::unique_ptr<Command> makeInfoCommand();
+std::unique_ptr<Command> makeSearchCommand();
+std::unique_ptr<Command> makeLeavesCommand();
+std::unique_ptr<Command> makePinnedCommand();
+std::unique_ptr<Command> makeServicesCommand();
+std::unique_ptr<Command> makeTapsCommand();
+std::unique_ptr<Command> makeDepsCommand();
+std::unique_ptr<Command> makeSizesCommand();
+std::unique_ptr<Command> makeRefreshCommand();
+std::unique_ptr<Command> makeInstallCommand();
+std::unique_ptr<Command> makeUninstallCommand();
+std::unique_ptr<Command> makeUpgradeCommand();
+std::unique_ptr<Command> makeLogCommand();
+
+} // namespace larkspur::cli

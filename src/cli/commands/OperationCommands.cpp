@@ -1,0 +1,153 @@
+#include "app/Larkspur.h"
+#include "cli/LiveOutput.h"
+#include "cli/commands/Commands.h"
+#include "core/brew/PackageName.h"
+
+#include <algorithm>
+
+namespace larkspur::cli {
+
+namespace {
+
+const QString cask = QStringLiteral("--cask");
+
+QString outcomeLine(const OperationRun &run) {
+    if (run.wasStopped())
+        return QStringLiteral("Stopped: %1. The operation may be incomplete.").arg(run.title());
+    switch (run.outcome()) {
+    case OperationOutcome::Succeeded:
+        return QStringLiteral("Done: %1.").arg(run.title());
+    case OperationOutcome::CompletedWithWarnings:
+        return QStringLiteral("Completed with warnings: %1.").arg(run.title());
+    case OperationOutcome::Running:
+    case OperationOutcome::Failed:
+        break;
+    }
+    return QStringLiteral("Failed: %1.").arg(run.title());
+}
+
+/// Starts the operation, prints its output, and waits for its end.
+Task<ExitStatus> perform(CommandContext context, OperationRequest request) {
+    OperationCenter &center = context.larkspur.operations();
+    center.setWantsRedraws(context.terminal.isInteractive());
+    OperationRun *run = center.create(std::move(request));
+    const auto output = std::make_shared<LiveOutput>(context.terminal);
+    Completion<bool> ended;
+    QObject::connect(run, &OperationRun::outputReceived, run, [run, output](const OutputChange &change) {
+        output->receive(change);
+        output->showProgress(run->progress());
+    });
+    QObject::connect(run, &OperationRun::changed, run, [run, output] {
+        if (run->isStopping())
+            output->showNote(QStringLiteral("Stopping; Homebrew gets a moment to clean up…"));
+        else if (run->silence() > std::chrono::seconds(0))
+            output->showNote(QStringLiteral("Nothing has come from Homebrew for %1 s; Ctrl-C stops it.")
+                                 .arg(run->silence().count()));
+    });
+    QObject::connect(run, &OperationRun::finished, run, [ended]() mutable { ended.complete(true); });
+    const std::stop_callback onStop(context.stop, [run] { run->stop(); });
+    center.start(run);
+    co_await ended;
+    output->clearBar();
+    if (run->outcome() == OperationOutcome::Failed)
+        context.terminal.error(outcomeLine(*run));
+    else
+        context.terminal.line(outcomeLine(*run));
+    const ExitStatus status = run->failure() ? statusFor(*run->failure()) : statusFor(run->outcome());
+    co_return status;
+}
+
+QList<PackageTarget> targets(const CommandArguments &arguments) {
+    QList<PackageTarget> packages;
+    for (const QString &name : arguments.names)
+        packages.append({name, arguments.options.contains(cask)});
+    return packages;
+}
+
+class InstallCommand final : public Command {
+  public:
+    CommandShape shape() const override {
+        return {.name = QStringLiteral("install"),
+                .synopsis = QStringLiteral("NAME… [--cask]"),
+                .summary = QStringLiteral("Installs formulae, or casks with --cask."),
+                .options = {cask},
+                .fewestNames = 1,
+                .mostNames = -1};
+    }
+    Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
+        co_return co_await perform(context, {.kind = OperationKind::Install, .packages = targets(arguments)});
+    }
+};
+
+class UninstallCommand final : public Command {
+  public:
+    CommandShape shape() const override {
+        return {.name = QStringLiteral("uninstall"),
+                .synopsis = QStringLiteral("NAME… [--cask]"),
+                .summary = QStringLiteral("Removes formulae, or casks with --cask."),
+                .options = {cask},
+                .fewestNames = 1,
+                .mostNames = -1};
+    }
+    Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
+        co_return co_await perform(context, {.kind = OperationKind::Uninstall, .packages = targets(arguments)});
+    }
+};
+
+class UpgradeCommand final : public Command {
+  public:
+    CommandShape shape() const override {
+        return {.name = QStringLiteral("upgrade"),
+                .synopsis = QStringLiteral("NAME… [--cask] | --all"),
+                .summary = QStringLiteral("Upgrades the named packages, or with --all everything that is outdated."),
+                .options = {cask, QStringLiteral("--all")},
+                .fewestNames = 0,
+                .mostNames = -1};
+    }
+
+    Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
+        if (arguments.names.isEmpty() != arguments.has("--all")) {
+            context.terminal.error(QStringLiteral("name the packages to upgrade, or say --all"));
+            co_return ExitStatus::WrongUsage;
+        }
+        const auto outdated = co_await context.larkspur.queries().outdated(context.stop);
+        if (!outdated) {
+            context.terminal.error(outdated.error());
+            co_return statusFor(outdated.error());
+        }
+        co_return co_await perform(context, request(*outdated, arguments));
+    }
+
+  private:
+    /// A name that is outdated as a cask only is meant as one.
+    static OperationRequest request(const QList<OutdatedPackage> &outdated, const CommandArguments &arguments) {
+        if (arguments.has("--all"))
+            return {.kind = OperationKind::UpgradeAll, .expectedSteps = static_cast<int>(outdated.size())};
+        QList<PackageTarget> packages = targets(arguments);
+        for (PackageTarget &package : packages) {
+            const auto matches = [&](bool isCask) {
+                return std::ranges::any_of(outdated, [&](const OutdatedPackage &entry) {
+                    return entry.isCask == isCask && entry.name == shortName(package.name);
+                });
+            };
+            package.isCask = package.isCask || (matches(true) && !matches(false));
+        }
+        return {.kind = OperationKind::Upgrade, .packages = packages};
+    }
+};
+
+} // namespace
+
+std::unique_ptr<Command> makeInstallCommand() {
+    return std::make_unique<InstallCommand>();
+}
+
+std::unique_ptr<Command> makeUninstallCommand() {
+    return std::make_unique<UninstallCommand>();
+}
+
+std::unique_ptr<Command> makeUpgradeCommand() {
+    return std::make_unique<UpgradeCommand>();
+}
+
+} // namespace larkspur::cli

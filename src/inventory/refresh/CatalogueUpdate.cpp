@@ -1,0 +1,34 @@
+#include "inventory/refresh/CatalogueUpdate.h"
+
+#include "core/brew/BrewService.h"
+#include "inventory/refresh/InventoryRefresh.h"
+#include "inventory/refresh/StartupCheck.h"
+
+namespace larkspur {
+
+CatalogueUpdate::CatalogueUpdate(BrewService &brew, StartupCheck &startupCheck, InventoryRefresh &refresh)
+    : m_brew(brew)
+    , m_startupCheck(startupCheck)
+    , m_refresh(refresh) {}
+
+Task<Result<bool>> CatalogueUpdate::run(OperationContext context) {
+    const auto updated = co_await updateCatalogue(context);
+    if (updated)
+        co_await m_startupCheck.readVersion(context.stop);
+    co_await m_refresh.refresh(context.stop);
+    co_return updated;
+}
+
+Task<Result<bool>> CatalogueUpdate::updateCatalogue(OperationContext context) {
+    auto session = co_await m_brew.beginOperation(context);
+    if (!session)
+        co_return std::unexpected(session.error());
+    const auto result =
+        co_await session->stream({.arguments = {QStringLiteral("update")}}, context, BrewSession::Style::Plain);
+    if (!result)
+        co_return std::unexpected(result.error());
+    const auto verdict = result->verdict();
+    co_return verdict ? Result<bool>(true) : std::unexpected(verdict.error());
+}
+
+} // namespace larkspur
