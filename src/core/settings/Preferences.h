@@ -40,6 +40,7 @@ inline const QString knownRootServices = QStringLiteral("knownRootServices");
 inline const QString lastKnownHomebrewVersion = QStringLiteral("lastKnownHomebrewVersion");
 inline const QString packageSortOrder = QStringLiteral("packageSortOrder");
 inline const QString refreshOnActivate = QStringLiteral("refreshOnActivate");
+inline const QString simpleMode = QStringLiteral("simpleMode");
 inline const QString windowGeometry = QStringLiteral("windowGeometry");
 inline const QString windowLayout = QStringLiteral("windowLayout");
 } // namespace keys

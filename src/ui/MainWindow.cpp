@@ -1,0 +1,247 @@
+#include "ui/MainWindow.h"
+
+#include "app/Larkspur.h"
+#include "ui/Screen.h"
+#include "ui/ScreenRegistry.h"
+#include "ui/Sidebar.h"
+#include "ui/operation/OperationPanel.h"
+#include "ui/settings/SettingsDialog.h"
+#include "ui/startup/StartupScreen.h"
+#include "ui/theme/Icons.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QSplitter>
+#include <QStackedWidget>
+#include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace larkspur::ui {
+
+namespace {
+
+Task<> check(StartupCheck *startup, StopToken stop, QPointer<QObject> window,
+             std::function<void(StartupOutcome)> done) {
+    const StartupOutcome outcome = co_await startup->run(std::move(stop));
+    if (window)
+        done(outcome);
+}
+
+} // namespace
+
+MainWindow::MainWindow(Larkspur &larkspur)
+    : m_larkspur(larkspur)
+    , m_pages(new QStackedWidget(this))
+    , m_startup(new StartupScreen)
+    , m_splitter(new QSplitter(Qt::Horizontal))
+    , m_sidebar(new Sidebar)
+    , m_screenStack(new QStackedWidget)
+    , m_operationPanel(new OperationPanel(larkspur.operations())) {
+    setWindowTitle(QStringLiteral("Larkspur") + larkspur.locations().titleSuffix);
+    setWindowIcon(QIcon(QStringLiteral(":/larkspur.svg")));
+    m_splitter->addWidget(m_sidebar);
+    m_splitter->addWidget(m_screenStack);
+    m_splitter->setChildrenCollapsible(false);
+    m_splitter->setHandleWidth(1);
+    m_splitter->setStretchFactor(1, 1);
+    m_splitter->setSizes({190, 910});
+    auto *vertical = new QSplitter(Qt::Vertical);
+    vertical->addWidget(m_splitter);
+    vertical->addWidget(m_operationPanel);
+    vertical->setChildrenCollapsible(false);
+    vertical->setHandleWidth(1);
+    vertical->setStretchFactor(0, 3);
+    vertical->setStretchFactor(1, 1);
+    m_pages->addWidget(m_startup);
+    m_pages->addWidget(vertical);
+    setCentralWidget(m_pages);
+    makeMenus();
+    restoreLayout();
+
+    connect(m_sidebar, &Sidebar::screenChosen, this, &MainWindow::showScreen);
+    connect(m_startup, &StartupScreen::retryRequested, this, &MainWindow::checkHomebrew);
+    connect(m_startup, &StartupScreen::settingsRequested, this, &MainWindow::showSettings);
+    connect(&larkspur.inventory(), &InventoryState::changed, this, &MainWindow::onInventoryChanged);
+    connect(&larkspur.operations(), &OperationCenter::finished, this, [this] {
+        if (m_closesWhenIdle && m_larkspur.operations().unfinished().isEmpty())
+            close();
+    });
+}
+
+MainWindow::~MainWindow() = default;
+
+void MainWindow::makeMenus() {
+    QMenu *file = menuBar()->addMenu(tr("&File"));
+    file->addAction(icon(QStringLiteral("refresh")), tr("&Refresh"), QKeySequence::Refresh, this, &MainWindow::refresh);
+    file->addSeparator();
+    QAction *settings = file->addAction(icon(QStringLiteral("settings")), tr("&Settings…"),
+                                        QKeySequence(QStringLiteral("Ctrl+,")), this, &MainWindow::showSettings);
+    settings->setMenuRole(QAction::PreferencesRole);
+    QAction *quit = file->addAction(tr("&Quit"), QKeySequence::Quit, this, &QWidget::close);
+    quit->setMenuRole(QAction::QuitRole);
+    QMenu *edit = menuBar()->addMenu(tr("&Edit"));
+    edit->addAction(tr("&Find"), QKeySequence::Find, this, [this] {
+        Screen *screen = m_screens.value(m_currentScreen);
+        if (QLineEdit *field = screen ? screen->filterField() : nullptr) {
+            field->setFocus(Qt::ShortcutFocusReason);
+            field->selectAll();
+        }
+    });
+    QMenu *view = menuBar()->addMenu(tr("&View"));
+    for (const ScreenEntry &entry : screenRegistry())
+        view->addAction(icon(entry.icon), entry.title, entry.shortcut, this, [this, id = entry.id] { showScreen(id); });
+    view->addSeparator();
+    QAction *simple = view->addAction(tr("Simple Mode"));
+    simple->setCheckable(true);
+    simple->setChecked(m_larkspur.preferences().boolean(keys::simpleMode));
+    m_sidebar->setSimpleMode(simple->isChecked());
+    connect(simple, &QAction::toggled, this, [this](bool on) {
+        m_larkspur.preferences().set(keys::simpleMode, on);
+        m_sidebar->setSimpleMode(on);
+    });
+    view->addAction(icon(QStringLiteral("output")), tr("Operation &Output"), QKeySequence(QStringLiteral("Ctrl+L")), this,
+                    [this] { m_operationPanel->setOutputVisible(!m_operationPanel->isOutputVisible()); });
+}
+
+void MainWindow::start() {
+    m_larkspur.refresh().showCache();
+    m_larkspur.keepInventoryFresh();
+    // The cached lists are there at once; the check runs behind them, and in front only where there are none.
+    showScreen(screenRegistry().first().id);
+    m_pages->setCurrentIndex(m_larkspur.inventory().value().hasLoaded ? 1 : 0);
+    QTimer::singleShot(0, this, &MainWindow::checkHomebrew);
+}
+
+void MainWindow::checkHomebrew() {
+    if (m_isChecking)
+        return;
+    m_isChecking = true;
+    if (!m_larkspur.inventory().value().hasLoaded || m_pages->currentIndex() == 0)
+        m_startup->showChecking();
+    m_larkspur.tasks().spawn(QStringLiteral("The start-up check"),
+                             check(&m_larkspur.startupCheck(), m_larkspur.stopToken(), this,
+                                   [this](StartupOutcome outcome) { onChecked(outcome); }));
+}
+
+void MainWindow::onChecked(StartupOutcome outcome) {
+    m_isChecking = false;
+    m_isReady = outcome == StartupOutcome::Ready;
+    switch (outcome) {
+    case StartupOutcome::BrewNotInstalled:
+        m_startup->showBrewNotInstalled();
+        break;
+    case StartupOutcome::XcodeSetupRequired:
+        m_startup->showXcodeSetup();
+        break;
+    case StartupOutcome::Ready:
+        refresh();
+        break;
+    }
+    m_pages->setCurrentIndex(m_isReady ? 1 : 0);
+}
+
+void MainWindow::refresh() {
+    if (!m_isReady) {
+        checkHomebrew();
+        return;
+    }
+    m_larkspur.tasks().spawn(QStringLiteral("The refresh"), m_larkspur.refresh().refresh(m_larkspur.stopToken()));
+}
+
+void MainWindow::onInventoryChanged() {
+    const Inventory &inventory = m_larkspur.inventory().value();
+    m_sidebar->updateCounts(inventory);
+    if (inventory.needsXcodeSetup && m_isReady) {
+        m_isReady = false;
+        m_startup->showXcodeSetup();
+        m_pages->setCurrentIndex(0);
+    }
+}
+
+void MainWindow::showScreen(const QString &id) {
+    const auto entry = std::ranges::find(screenRegistry(), id, &ScreenEntry::id);
+    if (entry == screenRegistry().end())
+        return;
+    Screen *&screen = m_screens[id];
+    if (!screen) {
+        screen = entry->make(m_larkspur);
+        m_screenStack->addWidget(screen);
+        connect(screen, &Screen::packageRequested, this, &MainWindow::showPackage);
+    }
+    m_currentScreen = id;
+    m_screenStack->setCurrentWidget(screen);
+    m_sidebar->setCurrentScreen(id);
+}
+
+void MainWindow::showPackage(const PackageId &id) {
+    showScreen(id.isCask ? QStringLiteral("casks") : QStringLiteral("formulae"));
+    m_screens.value(m_currentScreen)->showPackage(id);
+}
+
+void MainWindow::showSettings() {
+    auto *dialog = new SettingsDialog(m_larkspur.preferences(), this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog, &QDialog::finished, this, [this] {
+        if (!m_isReady)
+            checkHomebrew();
+    });
+    dialog->open();
+}
+
+void MainWindow::closeEvent(QCloseEvent *event) {
+    if (!m_larkspur.operations().unfinished().isEmpty()) {
+        event->ignore();
+        askBeforeClosing();
+        return;
+    }
+    saveLayout();
+    event->accept();
+    Q_EMIT closed();
+}
+
+void MainWindow::askBeforeClosing() {
+    auto *question =
+        new QMessageBox(QMessageBox::Question, tr("An Operation Is Running"),
+                        tr("%1 is not finished.").arg(m_larkspur.operations().shown()->title()),
+                        QMessageBox::NoButton, this);
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    question->setInformativeText(tr("Stopping it now may leave the package incomplete."));
+    const QPushButton *wait = question->addButton(tr("Quit When Finished"), QMessageBox::AcceptRole);
+    const QPushButton *stop = question->addButton(tr("Stop and Quit"), QMessageBox::DestructiveRole);
+    question->addButton(tr("Cancel"), QMessageBox::RejectRole);
+    connect(question, &QMessageBox::buttonClicked, this, [this, question, wait, stop](QAbstractButton *clicked) {
+        m_closesWhenIdle = clicked == wait || clicked == stop;
+        if (clicked == stop)
+            m_larkspur.operations().stopAll();
+        question->close();
+        if (m_closesWhenIdle && m_larkspur.operations().unfinished().isEmpty())
+            close();
+    });
+    question->open();
+}
+
+void MainWindow::changeEvent(QEvent *event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isActiveWindow() && m_isReady &&
+        m_larkspur.preferences().boolean(keys::refreshOnActivate))
+        refresh();
+}
+
+void MainWindow::restoreLayout() {
+    if (!restoreGeometry(m_larkspur.preferences().bytes(keys::windowGeometry)))
+        resize(1120, 720);
+    m_splitter->restoreState(m_larkspur.preferences().bytes(keys::windowLayout));
+}
+
+void MainWindow::saveLayout() {
+    m_larkspur.preferences().set(keys::windowGeometry, saveGeometry());
+    m_larkspur.preferences().set(keys::windowLayout, m_splitter->saveState());
+}
+
+} // namespace larkspur::ui

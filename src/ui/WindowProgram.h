@@ -1,0 +1,13 @@
+#pragma once
+
+#include "app/LaunchOptions.h"
+
+namespace larkspur::ui {
+
+/// True if there is a display that a window can open on.
+bool hasDisplay();
+
+/// Runs the program with its window: its own application object and event loop. Returns the exit status.
+int runWindowProgram(int argc, char *argv[], const LaunchOptions &options);
+
+} // namespace larkspur::ui

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "inventory/state/Inventory.h"
+#include "operations/OperationRequest.h"
+
+namespace larkspur::ui {
+
+/// One package as a list shows it.
+struct PackageRow {
+    PackageId id;
+    QString fullName; ///< for commands
+    QString title;    ///< a cask's display name, a formula's full name
+    QString description;
+    QString version;
+    QString newVersion; ///< empty: up to date
+    bool installed = false;
+    bool pinned = false;
+    bool dependency = false; ///< installed only because others need it
+    QDateTime installedOn;
+    qint64 bytes = -1; ///< -1: not measured
+
+    PackageTarget target() const { return {fullName, id.isCask}; }
+    bool matches(const QString &text) const;
+};
+
+enum class PackageSelection { Formulae, Casks, Outdated, Pinned, Everything };
+
+/// The rows that a list of the inventory holds. Linear in the number of packages.
+QList<PackageRow> packageRows(const Inventory &inventory, PackageSelection selection);
+
+/// A package that a search found and that is not installed.
+PackageRow availableRow(const QString &name, bool isCask);
+
+} // namespace larkspur::ui

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "ui/screens/PackageScreen.h"
+
+class QComboBox;
+
+namespace larkspur {
+class PackageSizes;
+class Preferences;
+} // namespace larkspur
+
+namespace larkspur::ui {
+
+enum class InstalledKind { Formulae, Casks, Pinned };
+
+/// The installed formulae, the installed casks, or what is pinned: three lists of the same shape.
+class InstalledScreen : public PackageScreen {
+    Q_OBJECT
+  public:
+    struct Services {
+        InventoryState &inventory;
+        InventoryQueries &queries;
+        PackageSizes &sizes;
+        OperationCenter &operations;
+        Preferences &preferences;
+        TaskScope &tasks;
+    };
+
+    InstalledScreen(InstalledKind kind, Services services);
+
+  protected:
+    void reload() override;
+
+  private:
+    void applyOrder();
+    void showEmptyState();
+
+    InstalledKind m_kind;
+    Services m_services;
+    QComboBox *m_order;
+};
+
+} // namespace larkspur::ui

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "ui/screens/PackageScreen.h"
+
+class QPushButton;
+
+namespace larkspur {
+class CatalogueUpdate;
+}
+
+namespace larkspur::ui {
+
+/// What is outdated, and the buttons that change that.
+class UpdatesScreen : public PackageScreen {
+    Q_OBJECT
+  public:
+    struct Services {
+        InventoryState &inventory;
+        InventoryQueries &queries;
+        CatalogueUpdate &catalogueUpdate;
+        OperationCenter &operations;
+        TaskScope &tasks;
+    };
+
+    explicit UpdatesScreen(Services services);
+
+  protected:
+    void reload() override;
+
+  private:
+    void checkForUpdates();
+    void updateButtons();
+    void showEmptyState();
+    QList<PackageRow> upgradable() const;
+
+    Services m_services;
+    QPushButton *m_check;
+    QPushButton *m_upgradeSelected;
+    QPushButton *m_upgradeAll;
+    bool m_isChecking = false;
+    QString m_problem;
+};
+
+} // namespace larkspur::ui

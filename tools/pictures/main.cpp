@@ -1,0 +1,140 @@
+#include "app/Larkspur.h"
+#include "ui/MainWindow.h"
+#include "ui/Screen.h"
+#include "ui/operation/OperationPanel.h"
+#include "ui/settings/SettingsDialog.h"
+#include "ui/theme/Appearance.h"
+
+#include <QApplication>
+#include <QComboBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <cstdio>
+#include <vector>
+
+// Usage: larkspur-pictures FOLDER. LARKSPUR_APPEARANCE chooses light or dark.
+
+namespace {
+
+using namespace larkspur;
+
+struct Scene {
+    QString name;
+    int wait; ///< milliseconds between preparing and drawing
+    std::function<void()> prepare;
+};
+
+void selectRow(ui::MainWindow &window, int row) {
+    for (QTableView *view : window.findChildren<QTableView *>())
+        if (view->isVisible())
+            view->selectRow(row);
+}
+
+void typeInto(ui::MainWindow &window, const QString &text) {
+    for (ui::Screen *screen : window.findChildren<ui::Screen *>())
+        if (screen->isVisible() && screen->filterField())
+            screen->filterField()->setText(text);
+}
+
+std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
+    return {
+        {QStringLiteral("updates"), 2500, [&] { selectRow(window, 6); }},
+        {QStringLiteral("formulae"), 400,
+         [&] {
+             window.showScreen(QStringLiteral("formulae"));
+             selectRow(window, 24);
+         }},
+        {QStringLiteral("formulae-by-size"), 1500,
+         [&] {
+             for (auto *box : window.findChildren<QComboBox *>())
+                 if (box->isVisible()) {
+                     box->setCurrentIndex(2);
+                     Q_EMIT box->activated(2);
+                 }
+         }},
+        {QStringLiteral("casks"), 400,
+         [&] {
+             window.showScreen(QStringLiteral("casks"));
+             selectRow(window, 5);
+         }},
+        {QStringLiteral("pinned"), 300, [&] { window.showScreen(QStringLiteral("pinned")); }},
+        {QStringLiteral("search-empty"), 300, [&] { window.showScreen(QStringLiteral("search")); }},
+        {QStringLiteral("search"), 2000,
+         [&] {
+             typeInto(window, QStringLiteral("wi"));
+             QTimer::singleShot(1200, &window, [&] { selectRow(window, 2); });
+         }},
+        {QStringLiteral("services"), 300, [&] { window.showScreen(QStringLiteral("services")); }},
+        {QStringLiteral("taps"), 300, [&] { window.showScreen(QStringLiteral("taps")); }},
+        {QStringLiteral("settings"), 300,
+         [&] {
+             auto *dialog = new ui::SettingsDialog(larkspur.preferences(), &window);
+             dialog->setAttribute(Qt::WA_DeleteOnClose);
+             dialog->show();
+         }},
+        {QStringLiteral("upgrade"), 3500,
+         [&] {
+             window.showScreen(QStringLiteral("updates"));
+             larkspur.operations().start({.kind = OperationKind::UpgradeAll, .expectedSteps = 19});
+         }},
+        {QStringLiteral("upgrade-output"), 9000,
+         [&] { window.findChild<ui::OperationPanel *>()->setOutputVisible(true); }},
+        {QStringLiteral("upgrade-stopped"), 3000, [&] { larkspur.operations().stopAll(); }},
+    };
+}
+
+void draw(ui::MainWindow &window, const QString &path) {
+    QWidget *subject = &window;
+    if (auto *dialog = window.findChild<QDialog *>()) {
+        subject = dialog;
+    }
+    subject->grab().save(path);
+    std::printf("%s\n", qPrintable(path));
+    if (subject != &window)
+        subject->close();
+}
+
+void run(const std::vector<Scene> *all, std::size_t index, ui::MainWindow *window, const QString &folder) {
+    if (index == all->size()) {
+        window->close();
+        return;
+    }
+    const Scene &scene = (*all)[index];
+    scene.prepare();
+    QTimer::singleShot(scene.wait, window, [=] {
+        draw(*window, QStringLiteral("%1/%2.png").arg(folder, (*all)[index].name));
+        run(all, index + 1, window, folder);
+    });
+}
+
+} // namespace
+
+int main(int argc, char *argv[]) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication application(argc, argv);
+    QApplication::setQuitOnLastWindowClosed(false);
+    const QTemporaryDir scratch;
+    const QString folder = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(".");
+    QDir().mkpath(folder);
+    auto environment = sampleEnvironment(scratch.path(), true);
+    if (!environment) {
+        std::fprintf(stderr, "%s\n", qPrintable(environment.error()));
+        return 1;
+    }
+    ui::applyAppearance();
+    Larkspur larkspur(std::move(*environment));
+    ui::MainWindow window(larkspur);
+    window.resize(1180, 760);
+    const std::vector<Scene> all = scenes(larkspur, window);
+    QObject::connect(&window, &ui::MainWindow::closed, &larkspur, &Larkspur::shutDown);
+    QObject::connect(&larkspur, &Larkspur::drained, &application, &QApplication::quit);
+    window.show();
+    window.start();
+    QTimer::singleShot(3500, &window, [&] { run(&all, 0, &window, folder); });
+    return QApplication::exec();
+}
