@@ -22,8 +22,6 @@ set(LARKSPUR_SANITIZE "" CACHE STRING "Sanitizers to build with, for example add
 add_library(larkspur_compiler INTERFACE)
 target_compile_options(larkspur_compiler INTERFACE
     -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror)
-target_compile_definitions(larkspur_compiler INTERFACE
-    QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_NO_KEYWORDS QT_NO_FOREACH)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
     # simdjson's on-demand parser picks its kernel at compile time: SSE 4.2 (2008) instead of plain bytes.
     target_compile_options(larkspur_compiler INTERFACE -march=westmere)

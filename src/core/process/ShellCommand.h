@@ -23,8 +23,8 @@ enum class RunMode {
 
 /// One child process that is to run. Started directly, never through a shell.
 struct ShellCommand {
-    QString program;
-    QStringList arguments;
+    QString program = {};
+    QStringList arguments = {};
     RunMode mode = RunMode::Capture;
     /// Extra environment entries; they win over everything else.
     EnvironmentMap environment = {};

@@ -6,6 +6,8 @@
 
 #include <QApplication>
 
+#include <utility>
+
 namespace larkspur::ui {
 
 namespace {
@@ -19,29 +21,31 @@ struct Mark {
     Tone tone;
 };
 
-QList<Mark> marksOf(const PackageRow &row) {
+QList<Mark> marksOf(const PackageRow &row, const PackageTableModel &model) {
     QList<Mark> marks;
+    if (model.marksInstalled() && row.installed)
+        marks.append({QObject::tr("Installed"), Tone::Good});
     if (row.pinned)
         marks.append({QObject::tr("Pinned"), Tone::Neutral});
-    if (!row.newVersion.isEmpty())
+    if (model.marksUpdates() && !row.newVersion.isEmpty())
         marks.append({QObject::tr("Update"), Tone::Attention});
     if (row.dependency)
         marks.append({QObject::tr("Dependency"), Tone::Neutral});
     return marks;
 }
 
-const PackageRow &rowOf(const QModelIndex &index) {
-    return static_cast<const PackageTableModel *>(index.model())->row(index.row());
+const PackageTableModel &modelOf(const QModelIndex &index) {
+    return *static_cast<const PackageTableModel *>(index.model());
 }
 
 /// Draws the marks from the right and returns what room is left for the text.
-QRect paintMarks(QPainter *painter, const QStyleOptionViewItem &option, QRect room, const PackageRow &row) {
+QRect paintMarks(QPainter *painter, const QStyleOptionViewItem &option, QRect room, const QList<Mark> &marks) {
     QFont font = option.font;
     font.setPointSizeF(font.pointSizeF() * 0.82);
     painter->setFont(font);
     const QFontMetrics metrics(font);
     const bool selected = option.state & QStyle::State_Selected;
-    for (const Mark &mark : marksOf(row)) {
+    for (const Mark &mark : marks) {
         const int width = metrics.horizontalAdvance(mark.text) + 14;
         if (width > room.width() / 2)
             break;
@@ -77,7 +81,8 @@ void PackageDelegate::paint(QPainter *painter, const QStyleOptionViewItem &optio
 
 void PackageDelegate::paintName(QPainter *painter, const QStyleOptionViewItem &option,
                                 const QModelIndex &index) const {
-    const PackageRow &row = rowOf(index);
+    const PackageTableModel &model = modelOf(index);
+    const PackageRow &row = model.row(index.row());
     QStyleOptionViewItem background = option;
     initStyleOption(&background, index);
     background.text.clear();
@@ -92,7 +97,7 @@ void PackageDelegate::paintName(QPainter *painter, const QStyleOptionViewItem &o
         .paint(painter, picture, Qt::AlignCenter, selected ? QIcon::Selected : QIcon::Normal);
 
     QRect text = area.adjusted(iconSize + margin, 0, 0, 0);
-    text = paintMarks(painter, option, text, row);
+    text = paintMarks(painter, option, text, marksOf(row, model));
     const bool isTwoLines = !row.description.isEmpty();
     QFont name = option.font;
     name.setWeight(QFont::DemiBold);
@@ -116,17 +121,23 @@ void PackageDelegate::paintName(QPainter *painter, const QStyleOptionViewItem &o
 
 void PackageDelegate::paintSize(QPainter *painter, const QStyleOptionViewItem &option,
                                 const QModelIndex &index) const {
-    QStyledItemDelegate::paint(painter, option, index);
-    const auto *model = static_cast<const PackageTableModel *>(index.model());
-    const qint64 bytes = model->row(index.row()).bytes;
-    if (bytes <= 0 || model->largestSize() <= 0)
+    QStyleOptionViewItem background = option;
+    initStyleOption(&background, index);
+    const QString text = std::exchange(background.text, QString());
+    QApplication::style()->drawControl(QStyle::CE_ItemViewItem, &background, painter, option.widget);
+    const QRect area = option.rect.adjusted(margin, 0, -margin * 2, 0);
+    painter->setPen(option.palette.color(option.state & QStyle::State_Selected ? QPalette::HighlightedText
+                                                                               : QPalette::Text));
+    painter->drawText(area, Qt::AlignVCenter | Qt::AlignRight, text);
+    const PackageTableModel &model = modelOf(index);
+    const qint64 bytes = model.row(index.row()).bytes;
+    if (bytes <= 0 || model.largestSize() <= 0)
         return;
-    const QRect area = option.rect.adjusted(margin, 0, -margin, -7);
-    const int length = std::max(2, static_cast<int>(area.width() * bytes / model->largestSize()));
+    const int length = std::max(2, static_cast<int>(area.width() * bytes / model.largestSize()));
     QColor colour = option.palette.color(option.state & QStyle::State_Selected ? QPalette::HighlightedText
                                                                                : QPalette::Highlight);
     colour.setAlphaF(0.55F);
-    painter->fillRect(QRect(area.right() - length, area.bottom() - 3, length, 3), colour);
+    painter->fillRect(QRect(area.right() - length, area.bottom() - 9, length, 3), colour);
 }
 
 } // namespace larkspur::ui

@@ -46,6 +46,12 @@ void PackageTableModel::rebuild() {
         if (row.matches(m_filter))
             m_shown.append(row);
     }
+    if (m_sortColumn >= 0)
+        sortShown();
+    endResetModel();
+}
+
+void PackageTableModel::sortShown() {
     QCollator collator;
     collator.setNumericMode(true);
     collator.setCaseSensitivity(Qt::CaseInsensitive);
@@ -62,7 +68,6 @@ void PackageTableModel::rebuild() {
     std::ranges::sort(m_shown, [&](const PackageRow &left, const PackageRow &right) {
         return m_direction == Qt::AscendingOrder ? isLess(left, right) : isLess(right, left);
     });
-    endResetModel();
 }
 
 int PackageTableModel::indexOf(const PackageId &id) const {

@@ -25,6 +25,14 @@ class PackageTableModel : public QAbstractTableModel {
     int indexOf(const PackageId &id) const;
     qsizetype totalRows() const { return m_all.size(); }
     qint64 largestSize() const { return m_largestSize; }
+    /// Whether rows carry a mark for an update; a list of nothing but updates needs none.
+    void setMarksUpdates(bool marks) { m_marksUpdates = marks; }
+    bool marksUpdates() const { return m_marksUpdates; }
+    /// Whether rows carry a mark for being installed, where not all are.
+    void setMarksInstalled(bool marks) { m_marksInstalled = marks; }
+    bool marksInstalled() const { return m_marksInstalled; }
+    /// Leaves the rows in the order in which they are set, until the person sorts by a column.
+    void keepGivenOrder() { m_sortColumn = -1; }
 
     int rowCount(const QModelIndex &parent = {}) const override;
     int columnCount(const QModelIndex &parent = {}) const override;
@@ -34,6 +42,7 @@ class PackageTableModel : public QAbstractTableModel {
 
   private:
     void rebuild();
+    void sortShown();
 
     QList<PackageRow> m_all;
     QList<PackageRow> m_shown;
@@ -42,6 +51,8 @@ class PackageTableModel : public QAbstractTableModel {
     Qt::SortOrder m_direction = Qt::AscendingOrder;
     int m_sortColumn = NameColumn;
     qint64 m_largestSize = 0;
+    bool m_marksUpdates = true;
+    bool m_marksInstalled = false;
 };
 
 QString sizeText(qint64 bytes);

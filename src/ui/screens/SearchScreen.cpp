@@ -8,6 +8,9 @@
 #include "ui/widgets/ScreenHeader.h"
 
 #include <QPointer>
+#include <QSet>
+
+#include <algorithm>
 
 namespace larkspur::ui {
 
@@ -15,6 +18,42 @@ namespace {
 
 constexpr int pauseBeforeAsking = 350; // milliseconds without a key
 constexpr qsizetype shortestQuestion = 2;
+
+/// How well a row answers the question: 0 is best.
+int rank(const PackageRow &row, const QString &text) {
+    if (row.id.name.compare(text, Qt::CaseInsensitive) == 0 || row.title.compare(text, Qt::CaseInsensitive) == 0)
+        return 0;
+    if (row.id.name.startsWith(text, Qt::CaseInsensitive) || row.title.startsWith(text, Qt::CaseInsensitive))
+        return 1;
+    if (row.id.name.contains(text, Qt::CaseInsensitive) || row.title.contains(text, Qt::CaseInsensitive))
+        return 2;
+    return 3; // in the description only
+}
+
+/// Installed packages and Homebrew's hits, names that fit best first.
+QList<PackageRow> searchRows(const Inventory &inventory, const SearchHits &hits, const QString &text) {
+    QList<PackageRow> rows = packageRows(inventory, PackageSelection::Everything);
+    QSet<PackageId> installed;
+    for (const PackageRow &row : std::as_const(rows))
+        installed.insert(row.id);
+    rows.removeIf([&text](const PackageRow &row) { return !row.matches(text); });
+    const auto add = [&](const QStringList &names, bool isCask) {
+        for (const QString &name : names)
+            if (PackageRow row = availableRow(name, isCask);
+                row.id.name.contains(text, Qt::CaseInsensitive) && !installed.contains(row.id))
+                rows.append(std::move(row));
+    };
+    add(hits.formulae, false);
+    add(hits.casks, true);
+    std::ranges::sort(rows, [&text](const PackageRow &left, const PackageRow &right) {
+        const int leftRank = rank(left, text);
+        const int rightRank = rank(right, text);
+        if (leftRank != rightRank)
+            return leftRank < rightRank;
+        return left.title != right.title ? left.title < right.title : left.id.isCask < right.id.isCask;
+    });
+    return rows;
+}
 
 Task<> ask(InventoryQueries *queries, QString text, StopToken stop, QPointer<QObject> asker,
            std::function<void(Result<SearchHits>)> answer) {
@@ -29,6 +68,8 @@ SearchScreen::SearchScreen(Services services)
     : PackageScreen(tr("Search"), tr("Search installed and available packages"), services.inventory, services.queries,
                     services.operations, services.tasks)
     , m_services(services) {
+    table()->model().setMarksInstalled(true);
+    table()->model().keepGivenOrder();
     m_pause.setSingleShot(true);
     m_pause.setInterval(pauseBeforeAsking);
     connect(&m_pause, &QTimer::timeout, this, &SearchScreen::askHomebrew);
@@ -76,18 +117,8 @@ void SearchScreen::onAnswer(const QString &text, const Result<SearchHits> &answe
 void SearchScreen::reload() {
     const QString text = filterField()->text().trimmed();
     QList<PackageRow> rows;
-    if (!text.isEmpty()) {
-        rows = packageRows(inventory().value(), PackageSelection::Everything);
-        rows.removeIf([&text](const PackageRow &row) { return !row.matches(text); });
-        const auto add = [&](const QStringList &names, bool isCask) {
-            for (const QString &name : names)
-                if (PackageRow row = availableRow(name, isCask);
-                    row.id.name.contains(text, Qt::CaseInsensitive) && !inventory().value().isInstalled(row.id))
-                    rows.append(std::move(row));
-        };
-        add(m_hits.formulae, false);
-        add(m_hits.casks, true);
-    }
+    if (!text.isEmpty())
+        rows = searchRows(inventory().value(), m_hits, text);
     table()->setRows(std::move(rows));
     const auto count = table()->model().totalRows();
     QString line = text.isEmpty() ? tr("Installed and available packages") : tr("%1 found").arg(count);

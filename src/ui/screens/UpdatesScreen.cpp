@@ -36,6 +36,7 @@ UpdatesScreen::UpdatesScreen(Services services)
     , m_upgradeAll(new QPushButton(icon(QStringLiteral("upgrade")), tr("Upgrade All"))) {
     m_check->setToolTip(tr("Fetch Homebrew's newest catalogue and look for updates"));
     m_upgradeAll->setDefault(true);
+    table()->model().setMarksUpdates(false);
     for (QPushButton *button : {m_check, m_upgradeSelected, m_upgradeAll}) {
         button->setAccessibleName(button->text());
         header()->addControl(button);

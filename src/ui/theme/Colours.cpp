@@ -48,17 +48,17 @@ QColor toneGround(Tone tone, const QPalette &palette) {
 
 QPalette darkPalette() {
     QPalette palette;
-    const QColor window(0x24, 0x25, 0x29);
-    const QColor base(0x1c, 0x1d, 0x20);
+    const QColor window(0x20, 0x21, 0x25);
+    const QColor base(0x2a, 0x2b, 0x30); // lighter than the window, so that fields and boxes stand out
     const QColor text(0xe8, 0xe8, 0xea);
     const QColor disabled(0x7a, 0x7b, 0x80);
     palette.setColor(QPalette::Window, window);
     palette.setColor(QPalette::WindowText, text);
     palette.setColor(QPalette::Base, base);
-    palette.setColor(QPalette::AlternateBase, QColor(0x21, 0x22, 0x26));
+    palette.setColor(QPalette::AlternateBase, QColor(0x2f, 0x30, 0x36));
     palette.setColor(QPalette::Text, text);
     palette.setColor(QPalette::PlaceholderText, disabled);
-    palette.setColor(QPalette::Button, QColor(0x35, 0x36, 0x3b));
+    palette.setColor(QPalette::Button, QColor(0x3a, 0x3b, 0x41));
     palette.setColor(QPalette::ButtonText, text);
     palette.setColor(QPalette::ToolTipBase, QColor(0x35, 0x36, 0x3b));
     palette.setColor(QPalette::ToolTipText, text);

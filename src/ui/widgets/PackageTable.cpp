@@ -35,8 +35,8 @@ PackageTable::PackageTable(PackageActions &actions, const QString &accessibleNam
     header->setSectionResizeMode(QHeaderView::Interactive);
     header->setSectionResizeMode(PackageTableModel::NameColumn, QHeaderView::Stretch);
     header->resizeSection(PackageTableModel::VersionColumn, 150);
-    header->resizeSection(PackageTableModel::SizeColumn, 92);
-    header->resizeSection(PackageTableModel::DateColumn, 92);
+    header->resizeSection(PackageTableModel::SizeColumn, 100);
+    header->resizeSection(PackageTableModel::DateColumn, 96);
     m_view->setColumnHidden(PackageTableModel::SizeColumn, true); // until sizes are measured
     connect(header, &QHeaderView::sectionClicked, this, [this, header](int section) {
         const bool again = header->sortIndicatorSection() == section &&
