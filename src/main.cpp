@@ -10,7 +10,8 @@ int main(int argc, char *argv[]) {
     if (options.wantsWindow() && ui::hasDisplay())
         return ui::runWindowProgram(argc, argv, options);
     if (options.wantsWindow()) {
-        std::fputs("larkspur: there is no display for the window; this is what \"larkspur status\" shows:\n", stderr);
+        std::fputs("larkspur: there is no display for the window; this is what \"larkspur status\" shows:\n",
+                   stderr);
         options.commandWords = {QStringLiteral("status")};
     }
     return cli::runTerminalProgram(argc, argv, options);

@@ -17,9 +17,10 @@ QString sampleBrewExecutable() {
     return QCoreApplication::applicationDirPath() + QStringLiteral("/sample-brew");
 }
 
-/// The sample's brew is a link to the tool of this build, wherever the sample was made.
+/// The sample's brew is a link to the tool of this build, wherever the sample was made; a brew that somebody
+/// has put in its place stays.
 bool linkBrew(const QString &link) {
-    if (QFileInfo(link).symLinkTarget() == sampleBrewExecutable())
+    if (!QFileInfo(link).isSymLink() || QFileInfo(link).symLinkTarget() == sampleBrewExecutable())
         return true;
     QFile::remove(link);
     return QFile::link(sampleBrewExecutable(), link);
@@ -27,9 +28,10 @@ bool linkBrew(const QString &link) {
 
 std::expected<void, QString> prepareSample(const QString &prefix, bool fresh) {
     if (!QFileInfo(sampleBrewExecutable()).isExecutable())
-        return std::unexpected(QStringLiteral("The sample Homebrew is not built: %1").arg(sampleBrewExecutable()));
+        return std::unexpected(
+            QStringLiteral("The sample Homebrew is not built: %1").arg(sampleBrewExecutable()));
     const QString brew = prefix + QStringLiteral("/bin/brew");
-    if (!fresh && QFileInfo(brew).isSymLink())
+    if (!fresh && (QFileInfo::exists(brew) || QFileInfo(brew).isSymLink()))
         return linkBrew(brew) ? std::expected<void, QString>()
                               : std::unexpected(QStringLiteral("%1 cannot be written").arg(brew));
     if (QProcess::execute(sampleBrewExecutable(), {QStringLiteral("--create"), prefix}) != 0)
@@ -43,8 +45,8 @@ Environment userEnvironment() {
     Platform platform = makePlatform();
     Environment environment;
     environment.locations = {
-        .dataFolder =
-            QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/Larkspur"),
+        .dataFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                      QStringLiteral("/Larkspur"),
         .knownBrewPaths = platform.knownBrewPaths,
         .applicationFolders = platform.applicationFolders,
     };
@@ -71,8 +73,8 @@ std::expected<Environment, QString> sampleEnvironment(const QString &folder, boo
         .applicationFolders = {root + QStringLiteral("/Applications")},
         .titleSuffix = QStringLiteral(" — Sample"),
     };
-    environment.preferenceStore = std::make_unique<QSettings>(root + QStringLiteral("/data/preferences.ini"),
-                                                              QSettings::IniFormat);
+    environment.preferenceStore =
+        std::make_unique<QSettings>(root + QStringLiteral("/data/preferences.ini"), QSettings::IniFormat);
     environment.terminal = makePlatform().terminal;
     return environment;
 }

@@ -20,8 +20,8 @@ struct Environment {
 /// The person's own Homebrew and files.
 Environment userEnvironment();
 
-/// A Homebrew of invented packages below `folder`, with data and preferences of its own. Made there if it is missing;
-/// `fresh` replaces what is there. The error is one line of text.
+/// A Homebrew of invented packages below `folder`, with data and preferences of its own. Made there if it is
+/// missing; `fresh` replaces what is there. The error is one line of text.
 std::expected<Environment, QString> sampleEnvironment(const QString &folder, bool fresh);
 
 /// Where the sample stands unless another folder is named.

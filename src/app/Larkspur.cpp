@@ -23,7 +23,8 @@ Larkspur::Larkspur(Environment environment)
     , m_tasks(m_logger)
     , m_operations(m_packageOperations, m_tasks) {
     // Whatever becomes of an operation: no list that it made stale may be shown at the next start.
-    connect(&m_operations, &OperationCenter::packagesWillChange, this, [this] { m_refresh.invalidateCache(); });
+    connect(&m_operations, &OperationCenter::packagesWillChange, this,
+            [this] { m_refresh.invalidateCache(); });
 }
 
 Larkspur::~Larkspur() = default;

@@ -22,8 +22,8 @@
 
 namespace larkspur {
 
-/// The one place where the program's objects are made and joined. Window and terminal take from here the services
-/// that they need. Everything lives on the main thread.
+/// The one place where the program's objects are made and joined. Window and terminal take from here the
+/// services that they need. Everything lives on the main thread.
 class Larkspur : public QObject {
     Q_OBJECT
   public:
@@ -44,15 +44,15 @@ class Larkspur : public QObject {
     LatestBrewRelease &latestRelease() { return m_latestRelease; }
     TaskScope &tasks() { return m_tasks; }
 
-    /// From now on the inventory is refreshed after each operation and each preference that changes it: for the
-    /// window, which stays.
+    /// From now on the inventory is refreshed after each operation and each preference that changes it: for
+    /// the window, which stays.
     void keepInventoryFresh();
 
     /// Asked to end by `shutDown`; queries that nobody else stops take it.
     StopToken stopToken() const { return m_stop.get_token(); }
 
-    /// Asks everything that runs to end. The object may be destroyed once `drained` was emitted; if nothing runs
-    /// that happens at the next turn of the event loop.
+    /// Asks everything that runs to end. The object may be destroyed once `drained` was emitted; if nothing
+    /// runs that happens at the next turn of the event loop.
     void shutDown();
 
   Q_SIGNALS:

@@ -9,7 +9,8 @@ LaunchOptions parseLaunchOptions(int argc, char *argv[]) {
     const QString folderOption = QStringLiteral("--sample-folder=");
     for (int i = 1; i < argc; ++i) {
         const QString word = QString::fromLocal8Bit(argv[i]);
-        // The program's own options come first; everything from the first command word on belongs to the command.
+        // The program's own options come first; everything from the first command word on belongs to the
+        // command.
         const bool isOwn = options.commandWords.isEmpty();
         if (isOwn && word == QLatin1String("--sample")) {
             options.sample = true;
@@ -27,8 +28,8 @@ LaunchOptions parseLaunchOptions(int argc, char *argv[]) {
 
 std::expected<Environment, QString> environmentFor(const LaunchOptions &options) {
     if (options.sample)
-        return sampleEnvironment(options.sampleFolder.isEmpty() ? defaultSampleFolder() : options.sampleFolder,
-                                 options.fresh);
+        return sampleEnvironment(
+            options.sampleFolder.isEmpty() ? defaultSampleFolder() : options.sampleFolder, options.fresh);
     if (::geteuid() == 0)
         return std::unexpected(QStringLiteral("Larkspur does not run as root, as Homebrew does not. "
                                               "Start it as yourself, or try it with --sample."));

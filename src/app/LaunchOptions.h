@@ -8,9 +8,9 @@ namespace larkspur {
 
 /// What the program's own command line asks for.
 struct LaunchOptions {
-    bool sample = false;     ///< --sample: the sample Homebrew
-    bool fresh = false;      ///< --fresh: the sample is made anew
-    QString sampleFolder;    ///< --sample-folder=DIR: where it stands; the usual place if empty
+    bool sample = false;      ///< --sample: the sample Homebrew
+    bool fresh = false;       ///< --fresh: the sample is made anew
+    QString sampleFolder;     ///< --sample-folder=DIR: where it stands; the usual place if empty
     QStringList commandWords; ///< a terminal command and its words; empty: the window
 
     bool wantsWindow() const { return commandWords.isEmpty(); }

@@ -31,9 +31,8 @@ CommandRegistry::CommandRegistry()
     : m_commands(makeCommands()) {}
 
 Command *CommandRegistry::find(const QString &name) const {
-    const auto found = std::ranges::find_if(m_commands, [&](const auto &command) {
-        return command->shape().name == name;
-    });
+    const auto found =
+        std::ranges::find_if(m_commands, [&](const auto &command) { return command->shape().name == name; });
     return found == m_commands.end() ? nullptr : found->get();
 }
 
@@ -52,11 +51,12 @@ QString CommandRegistry::overview() const {
     QString text = QStringLiteral("Usage: larkspur [--sample] [COMMAND]\n\n"
                                   "Without a command the window opens. Commands:\n\n");
     for (const auto &command : m_commands)
-        text += QStringLiteral("  ") + command->shape().name.leftJustified(widest + 2) + command->shape().summary +
-                QLatin1Char('\n');
-    return text + QStringLiteral("\n\"larkspur help COMMAND\" tells more about one. With --sample everything happens to "
-                                 "a sample\nHomebrew of invented packages; --fresh makes that sample anew.\n\n"
-                                 "Exit status: 0 done, 1 failed, 2 wrong usage, 3 done with warnings, 4 no Homebrew.\n");
+        text += QStringLiteral("  ") + command->shape().name.leftJustified(widest + 2) +
+                command->shape().summary + QLatin1Char('\n');
+    return text + QStringLiteral(
+                      "\n\"larkspur help COMMAND\" tells more about one. With --sample everything happens to "
+                      "a sample\nHomebrew of invented packages; --fresh makes that sample anew.\n\n"
+                      "Exit status: 0 done, 1 failed, 2 wrong usage, 3 done with warnings, 4 no Homebrew.\n");
 }
 
 QString CommandRegistry::help(const Command &command) const {
@@ -85,7 +85,8 @@ std::expected<CommandArguments, QString> parseArguments(const CommandShape &shap
     return arguments;
 }
 
-Task<ExitStatus> runCommandLine(Larkspur &larkspur, const Terminal &terminal, QStringList words, StopToken stop) {
+Task<ExitStatus> runCommandLine(Larkspur &larkspur, const Terminal &terminal, QStringList words,
+                                StopToken stop) {
     const CommandRegistry registry;
     const QString name = words.isEmpty() ? QStringLiteral("help") : words.takeFirst();
     if (name == QLatin1String("help") || name == QLatin1String("--help")) {

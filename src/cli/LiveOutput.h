@@ -7,8 +7,8 @@ namespace larkspur::cli {
 
 class Terminal;
 
-/// Prints an operation's output as it grows. On an interactive terminal redraws replace what they redraw, and a
-/// progress bar stays below the last line.
+/// Prints an operation's output as it grows. On an interactive terminal redraws replace what they redraw, and
+/// a progress bar stays below the last line.
 class LiveOutput final : public OutputSink {
   public:
     explicit LiveOutput(const Terminal &terminal);

@@ -31,7 +31,8 @@ int runTerminalProgram(int argc, char *argv[], const LaunchOptions &options) {
     Larkspur larkspur(std::move(*environment));
     StopSource stop;
     const InterruptWatch interrupts([&stop] { stop.request_stop(); });
-    // Started inside the event loop: a command that needs no child would otherwise end before the loop begins.
+    // Started inside the event loop: a command that needs no child would otherwise end before the loop
+    // begins.
     QTimer::singleShot(0, &larkspur, [&] {
         [[maybe_unused]] const auto running =
             runAndQuit(larkspur, terminal, options.commandWords, stop.get_token());

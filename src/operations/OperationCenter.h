@@ -8,14 +8,15 @@
 
 namespace larkspur {
 
-/// Starts operations and keeps the object that tells about each. They run one after another, in the order of asking.
+/// Starts operations and keeps the object that tells about each. They run one after another, in the order of
+/// asking.
 class OperationCenter : public QObject {
     Q_OBJECT
   public:
     OperationCenter(PackageOperations &operations, TaskScope &scope);
 
-    /// Starts an operation, or queues it behind the one that runs. The run stays until the center is destroyed or
-    /// its successor has finished.
+    /// Starts an operation, or queues it behind the one that runs. The run stays until the center is
+    /// destroyed or its successor has finished.
     OperationRun *start(OperationRequest request);
 
     /// The same in two steps, for who wants to listen before anything happens.

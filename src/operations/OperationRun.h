@@ -14,8 +14,8 @@
 
 namespace larkspur {
 
-/// One operation from the moment it was asked for until its outcome is known: what the operation bar, its sheet and
-/// the terminal show.
+/// One operation from the moment it was asked for until its outcome is known: what the operation bar, its
+/// sheet and the terminal show.
 class OperationRun : public QObject {
     Q_OBJECT
   public:

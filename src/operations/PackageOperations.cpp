@@ -45,15 +45,15 @@ Task<Result<OperationReport>> PackageOperations::perform(OperationRequest reques
     co_return co_await performBatch(std::move(*session), std::move(request), std::move(context));
 }
 
-Task<Result<OperationReport>> PackageOperations::performBatch(BrewSession session,
-                                                              OperationRequest request, OperationContext context) {
+Task<Result<OperationReport>> PackageOperations::performBatch(BrewSession session, OperationRequest request,
+                                                              OperationContext context) {
     OperationReport report;
     const bool isBatch = request.packages.size() > 1;
     for (const PackageTarget &package : request.packages) {
         if (isBatch && context.output)
             context.output->addLine(announcement(request.kind) + package.name);
-        const auto result = co_await session.stream({.arguments = brewArguments(request.kind, package)}, context,
-                                                     streamStyle(request.kind));
+        const auto result = co_await session.stream({.arguments = brewArguments(request.kind, package)},
+                                                    context, streamStyle(request.kind));
         if (!result)
             co_return std::unexpected(result.error());
         report.failedPackages += result->exitCode == 0 ? 0 : 1;

@@ -11,15 +11,15 @@ struct OperationReport {
     int failedPackages = 0;
 };
 
-/// Does the work of an operation request: takes the lock for the whole of it, runs brew for one package after the
-/// other, and goes on after a package that failed.
+/// Does the work of an operation request: takes the lock for the whole of it, runs brew for one package after
+/// the other, and goes on after a package that failed.
 class PackageOperations {
   public:
     explicit PackageOperations(BrewService &brew)
         : m_brew(brew) {}
 
-    /// Fails if the lock was never got or brew could not be run; what failed inside brew is told by the output.
-    /// `onBegin` is called once the lock is held.
+    /// Fails if the lock was never got or brew could not be run; what failed inside brew is told by the
+    /// output. `onBegin` is called once the lock is held.
     Task<Result<OperationReport>> perform(OperationRequest request, OperationContext context,
                                           std::function<void()> onBegin = {});
 

@@ -9,7 +9,8 @@
 
 namespace larkspur {
 
-/// What differs per system, one implementation of each port. The build picks the folder that defines `makePlatform`.
+/// What differs per system, one implementation of each port. The build picks the folder that defines
+/// `makePlatform`.
 struct Platform {
     std::unique_ptr<PseudoTerminal> terminal;
     /// The system's own store of preferences.

@@ -78,10 +78,12 @@ MainWindow::~MainWindow() = default;
 
 void MainWindow::makeMenus() {
     QMenu *file = menuBar()->addMenu(tr("&File"));
-    file->addAction(icon(QStringLiteral("refresh")), tr("&Refresh"), QKeySequence::Refresh, this, &MainWindow::refresh);
+    file->addAction(icon(QStringLiteral("refresh")), tr("&Refresh"), QKeySequence::Refresh, this,
+                    &MainWindow::refresh);
     file->addSeparator();
-    QAction *settings = file->addAction(icon(QStringLiteral("settings")), tr("&Settings…"),
-                                        QKeySequence(QStringLiteral("Ctrl+,")), this, &MainWindow::showSettings);
+    QAction *settings =
+        file->addAction(icon(QStringLiteral("settings")), tr("&Settings…"),
+                        QKeySequence(QStringLiteral("Ctrl+,")), this, &MainWindow::showSettings);
     settings->setMenuRole(QAction::PreferencesRole);
     QAction *quit = file->addAction(tr("&Quit"), QKeySequence::Quit, this, &QWidget::close);
     quit->setMenuRole(QAction::QuitRole);
@@ -95,7 +97,8 @@ void MainWindow::makeMenus() {
     });
     QMenu *view = menuBar()->addMenu(tr("&View"));
     for (const ScreenEntry &entry : screenRegistry())
-        view->addAction(icon(entry.icon), entry.title, entry.shortcut, this, [this, id = entry.id] { showScreen(id); });
+        view->addAction(icon(entry.icon), entry.title, entry.shortcut, this,
+                        [this, id = entry.id] { showScreen(id); });
     view->addSeparator();
     QAction *simple = view->addAction(tr("Simple Mode"));
     simple->setCheckable(true);
@@ -105,7 +108,8 @@ void MainWindow::makeMenus() {
         m_larkspur.preferences().set(keys::simpleMode, on);
         m_sidebar->setSimpleMode(on);
     });
-    view->addAction(icon(QStringLiteral("output")), tr("Operation &Output"), QKeySequence(QStringLiteral("Ctrl+L")), this,
+    view->addAction(icon(QStringLiteral("output")), tr("Operation &Output"),
+                    QKeySequence(QStringLiteral("Ctrl+L")), this,
                     [this] { m_operationPanel->setOutputVisible(!m_operationPanel->isOutputVisible()); });
 }
 
@@ -151,7 +155,8 @@ void MainWindow::refresh() {
         checkHomebrew();
         return;
     }
-    m_larkspur.tasks().spawn(QStringLiteral("The refresh"), m_larkspur.refresh().refresh(m_larkspur.stopToken()));
+    m_larkspur.tasks().spawn(QStringLiteral("The refresh"),
+                             m_larkspur.refresh().refresh(m_larkspur.stopToken()));
 }
 
 void MainWindow::onInventoryChanged() {
@@ -206,23 +211,23 @@ void MainWindow::closeEvent(QCloseEvent *event) {
 }
 
 void MainWindow::askBeforeClosing() {
-    auto *question =
-        new QMessageBox(QMessageBox::Question, tr("An Operation Is Running"),
-                        tr("%1 is not finished.").arg(m_larkspur.operations().shown()->title()),
-                        QMessageBox::NoButton, this);
+    auto *question = new QMessageBox(QMessageBox::Question, tr("An Operation Is Running"),
+                                     tr("%1 is not finished.").arg(m_larkspur.operations().shown()->title()),
+                                     QMessageBox::NoButton, this);
     question->setAttribute(Qt::WA_DeleteOnClose);
     question->setInformativeText(tr("Stopping it now may leave the package incomplete."));
     const QPushButton *wait = question->addButton(tr("Quit When Finished"), QMessageBox::AcceptRole);
     const QPushButton *stop = question->addButton(tr("Stop and Quit"), QMessageBox::DestructiveRole);
     question->addButton(tr("Cancel"), QMessageBox::RejectRole);
-    connect(question, &QMessageBox::buttonClicked, this, [this, question, wait, stop](QAbstractButton *clicked) {
-        m_closesWhenIdle = clicked == wait || clicked == stop;
-        if (clicked == stop)
-            m_larkspur.operations().stopAll();
-        question->close();
-        if (m_closesWhenIdle && m_larkspur.operations().unfinished().isEmpty())
-            close();
-    });
+    connect(question, &QMessageBox::buttonClicked, this,
+            [this, question, wait, stop](QAbstractButton *clicked) {
+                m_closesWhenIdle = clicked == wait || clicked == stop;
+                if (clicked == stop)
+                    m_larkspur.operations().stopAll();
+                question->close();
+                if (m_closesWhenIdle && m_larkspur.operations().unfinished().isEmpty())
+                    close();
+            });
     question->open();
 }
 

@@ -61,7 +61,7 @@ class MainWindow : public QMainWindow {
     OperationPanel *m_operationPanel;
     QHash<QString, Screen *> m_screens;
     QString m_currentScreen;
-    bool m_isReady = false;   ///< the check of Homebrew has passed
+    bool m_isReady = false; ///< the check of Homebrew has passed
     bool m_isChecking = false;
     bool m_closesWhenIdle = false;
 };

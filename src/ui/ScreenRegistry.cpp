@@ -31,11 +31,10 @@ QList<ScreenEntry> makeRegistry() {
          .shortcut = QKeySequence(QStringLiteral("Ctrl+1")),
          .inSimpleMode = true,
          .count = [](const Inventory &inventory) { return inventory.outdatedPackages.size(); },
-         .make =
-             [](Larkspur &larkspur) -> Screen * {
-                 return new UpdatesScreen({larkspur.inventory(), larkspur.queries(), larkspur.catalogueUpdate(),
-                                           larkspur.operations(), larkspur.tasks()});
-             }},
+         .make = [](Larkspur &larkspur) -> Screen * {
+             return new UpdatesScreen({larkspur.inventory(), larkspur.queries(), larkspur.catalogueUpdate(),
+                                       larkspur.operations(), larkspur.tasks()});
+         }},
         {.id = QStringLiteral("formulae"),
          .group = tr("Packages"),
          .title = tr("Formulae"),
@@ -67,11 +66,10 @@ QList<ScreenEntry> makeRegistry() {
          .shortcut = QKeySequence(QStringLiteral("Ctrl+5")),
          .inSimpleMode = true,
          .count = {},
-         .make =
-             [](Larkspur &larkspur) -> Screen * {
-                 return new SearchScreen(
-                     {larkspur.inventory(), larkspur.queries(), larkspur.operations(), larkspur.tasks()});
-             }},
+         .make = [](Larkspur &larkspur) -> Screen * {
+             return new SearchScreen(
+                 {larkspur.inventory(), larkspur.queries(), larkspur.operations(), larkspur.tasks()});
+         }},
         {.id = QStringLiteral("services"),
          .group = tr("System"),
          .title = tr("Services"),

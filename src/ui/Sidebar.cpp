@@ -25,7 +25,8 @@ class SidebarDelegate final : public QStyledItemDelegate {
         return {QStyledItemDelegate::sizeHint(option, index).width(), index.parent().isValid() ? 32 : 30};
     }
 
-    void paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const override {
+    void paint(QPainter *painter, const QStyleOptionViewItem &option,
+               const QModelIndex &index) const override {
         if (!index.parent().isValid()) {
             QFont font = option.font;
             font.setPointSizeF(font.pointSizeF() * 0.85);
@@ -44,7 +45,8 @@ class SidebarDelegate final : public QStyledItemDelegate {
             return;
         painter->save();
         const bool selected = option.state & QStyle::State_Selected;
-        painter->setPen(selected ? option.palette.color(QPalette::HighlightedText) : mutedText(option.palette));
+        painter->setPen(selected ? option.palette.color(QPalette::HighlightedText)
+                                 : mutedText(option.palette));
         painter->drawText(option.rect.adjusted(0, 0, -12, 0), Qt::AlignVCenter | Qt::AlignRight,
                           QString::number(count));
         painter->restore();

@@ -11,7 +11,8 @@
 namespace larkspur::ui {
 
 bool hasDisplay() {
-    // A platform plug-in that was asked for by name decides for itself; so does macOS, which has no such variables.
+    // A platform plug-in that was asked for by name decides for itself; so does macOS, which has no such
+    // variables.
     if (!qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") || QSysInfo::productType() == QLatin1String("macos"))
         return true;
     return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");

@@ -24,7 +24,8 @@ class IncludeDirectionsTest : public QObject {
 
     template <typename Check>
     static void forEachFile(Check check) {
-        QDirIterator files(LARKSPUR_SOURCES, {"*.h", "*.cpp", "*.mm"}, QDir::Files, QDirIterator::Subdirectories);
+        QDirIterator files(LARKSPUR_SOURCES, {"*.h", "*.cpp", "*.mm"}, QDir::Files,
+                           QDirIterator::Subdirectories);
         while (files.hasNext()) {
             const QString path = files.next();
             QFile file(path);
@@ -45,7 +46,8 @@ class IncludeDirectionsTest : public QObject {
             for (auto matches = include.globalMatch(text); matches.hasNext();) {
                 const QString target = matches.next().captured(1);
                 ++seen;
-                QVERIFY2(target == folder || rows()[folder].contains(target), qPrintable(path + " includes " + target));
+                QVERIFY2(target == folder || rows()[folder].contains(target),
+                         qPrintable(path + " includes " + target));
             }
         });
         QVERIFY(seen > 100); // the pattern still finds include lines

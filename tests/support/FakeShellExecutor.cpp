@@ -35,7 +35,8 @@ Task<ShellResult> FakeShellExecutor::run(ShellCommand command) {
     if (m_heldNames.contains(arguments)) {
         Completion<Answer> released;
         m_held[arguments].push_back(released);
-        const std::stop_callback onStop(command.stop, [released]() mutable { released.complete({{}, {}, -1}); });
+        const std::stop_callback onStop(command.stop,
+                                        [released]() mutable { released.complete({{}, {}, -1}); });
         answer = co_await released;
     } else if (const auto scripted = m_answers.constFind(arguments); scripted != m_answers.constEnd()) {
         answer = *scripted;

@@ -15,7 +15,8 @@ namespace larkspur::test {
 class FakeShellExecutor final : public ShellExecutor {
   public:
     /// The answer to a command line, program left out.
-    void answer(const QString &arguments, const QByteArray &output, int exitCode = 0, const QByteArray &errors = {});
+    void answer(const QString &arguments, const QByteArray &output, int exitCode = 0,
+                const QByteArray &errors = {});
     /// The child runs until `release` lets it end.
     void hold(const QString &arguments);
     void release(const QString &arguments, const QByteArray &output = {}, int exitCode = 0);

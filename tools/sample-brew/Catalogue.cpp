@@ -93,8 +93,9 @@ Catalogue Catalogue::load() {
 
 const Formula *Catalogue::formula(const QString &name) const {
     const auto found = std::ranges::find(formulae, lastPart(name), &Formula::name);
-    return found == formulae.end() || (name.contains(QLatin1Char('/')) && found->fullName() != name) ? nullptr
-                                                                                                    : &*found;
+    return found == formulae.end() || (name.contains(QLatin1Char('/')) && found->fullName() != name)
+               ? nullptr
+               : &*found;
 }
 
 const Cask *Catalogue::cask(const QString &token) const {

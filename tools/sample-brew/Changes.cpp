@@ -45,7 +45,8 @@ void pour(Brew &brew, const Formula &formula, bool onRequest) {
     const bool wasRequested =
         !before.isEmpty() &&
         brew.prefix.receipt(formula, before.last()).value(QLatin1String("installed_on_request")).toBool();
-    brew.prefix.installKeg(formula, formula.version, onRequest || wasRequested, QDateTime::currentDateTimeUtc());
+    brew.prefix.installKeg(formula, formula.version, onRequest || wasRequested,
+                           QDateTime::currentDateTimeUtc());
     printCaveats(brew, formula.caveats);
     const QString keg = brew.prefix.keg(formula, formula.version);
     brew.screen.line(beer + keg + QStringLiteral(": ") + Prefix::sizeText(keg));
@@ -65,9 +66,11 @@ int failBuild(const Brew &brew, const Formula &formula) {
     brew.screen.pause(800);
     brew.screen.header(QStringLiteral("make install"));
     brew.screen.pause(800);
-    brew.screen.line(QStringLiteral("Last 3 lines from %1/Logs/%2/02.make.log:").arg(brew.prefix.path(), formula.name));
-    brew.screen.line(QStringLiteral("hearth.c:42: undefined reference to `kindling'\ncollect2: ld returned 1 exit status\n"
-                                    "make: *** [install] Failure 1"));
+    brew.screen.line(
+        QStringLiteral("Last 3 lines from %1/Logs/%2/02.make.log:").arg(brew.prefix.path(), formula.name));
+    brew.screen.line(
+        QStringLiteral("hearth.c:42: undefined reference to `kindling'\ncollect2: ld returned 1 exit status\n"
+                       "make: *** [install] Failure 1"));
     brew.screen.note(QStringLiteral("READ THIS: https://docs.brew.sh/Troubleshooting"));
     return 1;
 }
@@ -126,7 +129,8 @@ void placeCask(Brew &brew, const Cask &cask) {
 
 int installCask(Brew &brew, const Cask &cask) {
     if (brew.isInstalled(cask)) {
-        brew.screen.warning(QStringLiteral("Not upgrading %1, the latest version is already installed").arg(cask.token));
+        brew.screen.warning(
+            QStringLiteral("Not upgrading %1, the latest version is already installed").arg(cask.token));
         return 0;
     }
     fetchAll(brew, {}, {&cask});
@@ -192,15 +196,18 @@ Selection selectUpgrades(Brew &brew, const Arguments &arguments) {
 QStringList upgradeLines(const Brew &brew, const Selection &selection) {
     QStringList lines;
     for (const Formula *formula : selection.formulae)
-        lines.append(QStringLiteral("%1 %2 -> %3").arg(formula->fullName(), brew.prefix.versions(*formula).last(),
-                                                       formula->version));
+        lines.append(QStringLiteral("%1 %2 -> %3")
+                         .arg(formula->fullName(), brew.prefix.versions(*formula).last(), formula->version));
     for (const Cask *cask : selection.casks)
-        lines.append(QStringLiteral("%1 %2 -> %3").arg(cask->token, brew.prefix.installedVersion(*cask), cask->version));
+        lines.append(QStringLiteral("%1 %2 -> %3")
+                         .arg(cask->token, brew.prefix.installedVersion(*cask), cask->version));
     return lines;
 }
 
 QString packageCount(qsizetype count) {
-    return QStringLiteral("%1 outdated package%2").arg(count).arg(count == 1 ? QString() : QStringLiteral("s"));
+    return QStringLiteral("%1 outdated package%2")
+        .arg(count)
+        .arg(count == 1 ? QString() : QStringLiteral("s"));
 }
 
 int removeFormula(Brew &brew, const Formula &formula, const Arguments &arguments) {
@@ -214,12 +221,12 @@ int removeFormula(Brew &brew, const Formula &formula, const Arguments &arguments
         if (brew.isInstalled(other) && other.dependencies.contains(formula.fullName()))
             dependents.append(other.name);
     if (!dependents.isEmpty() && !arguments.has("--ignore-dependencies")) {
-        brew.screen.error(QStringLiteral("Refusing to uninstall %1\nbecause it is required by %2, which %3 currently "
-                                         "installed.\nYou can override this and force removal with:\n"
-                                         "  brew uninstall --ignore-dependencies %4")
-                              .arg(brew.prefix.keg(formula, versions.last()), sentence(dependents),
-                                   dependents.size() == 1 ? QStringLiteral("is") : QStringLiteral("are"),
-                                   formula.name));
+        brew.screen.error(
+            QStringLiteral("Refusing to uninstall %1\nbecause it is required by %2, which %3 currently "
+                           "installed.\nYou can override this and force removal with:\n"
+                           "  brew uninstall --ignore-dependencies %4")
+                .arg(brew.prefix.keg(formula, versions.last()), sentence(dependents),
+                     dependents.size() == 1 ? QStringLiteral("is") : QStringLiteral("are"), formula.name));
         return 1;
     }
     for (const QString &version : versions) {
@@ -264,9 +271,10 @@ int install(Brew &brew, const Arguments &arguments) {
         } else if (!formula) {
             return unknown(brew, name);
         } else if (brew.isInstalled(*formula) && !brew.isOutdated(*formula)) {
-            brew.screen.warning(QStringLiteral("%1 %2 is already installed and up-to-date.\nTo reinstall %2, run:\n"
-                                               "  brew reinstall %3")
-                                    .arg(formula->fullName(), formula->version, formula->name));
+            brew.screen.warning(
+                QStringLiteral("%1 %2 is already installed and up-to-date.\nTo reinstall %2, run:\n"
+                               "  brew reinstall %3")
+                    .arg(formula->fullName(), formula->version, formula->name));
         } else {
             fetchAll(brew, {formula}, {});
             status |= installFormula(brew, *formula, true, QStringLiteral("Installing"));

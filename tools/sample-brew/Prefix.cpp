@@ -42,7 +42,7 @@ void replaceLink(const QString &link, const QString &target) {
 
 QStringList sortedFolders(const QString &path) {
     QStringList names = QDir(path).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    QCollator collator;
+    QCollator collator{QLocale(QLocale::English)};
     collator.setNumericMode(true);
     std::ranges::sort(names, collator);
     return names;
@@ -84,14 +84,16 @@ QStringList Prefix::versions(const Formula &formula) const {
 }
 
 QString Prefix::linkedVersion(const Formula &formula) const {
-    return QFileInfo(QFile::symLinkTarget(m_path + QStringLiteral("/var/homebrew/linked/") + formula.name)).fileName();
+    return QFileInfo(QFile::symLinkTarget(m_path + QStringLiteral("/var/homebrew/linked/") + formula.name))
+        .fileName();
 }
 
 QJsonObject Prefix::receipt(const Formula &formula, const QString &version) const {
     return readObject(keg(formula, version) + QStringLiteral("/INSTALL_RECEIPT.json"));
 }
 
-void Prefix::installKeg(const Formula &formula, const QString &version, bool onRequest, const QDateTime &when) {
+void Prefix::installKeg(const Formula &formula, const QString &version, bool onRequest,
+                        const QDateTime &when) {
     // Poured aside and moved into place, so that a kill half-way leaves no half keg.
     const QString staged = m_path + QStringLiteral("/var/homebrew/tmp/") + formula.name;
     QDir(staged).removeRecursively();
@@ -131,7 +133,8 @@ void Prefix::link(const Formula &formula, const QString &version) {
     if (formula.kegOnly)
         return;
     replaceLink(m_path + QStringLiteral("/var/homebrew/linked/") + formula.name, place);
-    replaceLink(m_path + QStringLiteral("/bin/") + formula.name, place + QStringLiteral("/bin/") + formula.name);
+    replaceLink(m_path + QStringLiteral("/bin/") + formula.name,
+                place + QStringLiteral("/bin/") + formula.name);
 }
 
 void Prefix::unlink(const Formula &formula) {
@@ -150,7 +153,8 @@ QString Prefix::appPath(const Cask &cask) const {
 }
 
 QJsonObject Prefix::receipt(const Cask &cask) const {
-    return readObject(caskroom() + QLatin1Char('/') + cask.token + QStringLiteral("/.metadata/INSTALL_RECEIPT.json"));
+    return readObject(caskroom() + QLatin1Char('/') + cask.token +
+                      QStringLiteral("/.metadata/INSTALL_RECEIPT.json"));
 }
 
 void Prefix::installCask(const Cask &cask, const QString &version, const QDateTime &when) {
@@ -192,7 +196,9 @@ QString Prefix::bundleVersion(const Cask &cask) const {
 }
 
 QString Prefix::pinPath(const QString &name, bool isCask) const {
-    return m_path + (isCask ? QStringLiteral("/var/homebrew/pinned_casks/") : QStringLiteral("/var/homebrew/pinned/")) +
+    return m_path +
+           (isCask ? QStringLiteral("/var/homebrew/pinned_casks/")
+                   : QStringLiteral("/var/homebrew/pinned/")) +
            name;
 }
 
@@ -253,7 +259,8 @@ bool createPrefix(const Catalogue &catalogue, const QString &path, const QString
         if (!cask.installed.isEmpty())
             prefix.installCask(cask, cask.installed, now.addDays(-cask.days));
     prefix.setState({{QStringLiteral("services"), services}});
-    return QFile::link(brewExecutable, path + QStringLiteral("/bin/brew")); // last: its presence says all is there
+    return QFile::link(brewExecutable,
+                       path + QStringLiteral("/bin/brew")); // last: its presence says all is there
 }
 
 } // namespace sample

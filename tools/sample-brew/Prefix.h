@@ -9,7 +9,8 @@
 
 namespace sample {
 
-/// The sample's files: a Cellar, a Caskroom, links, pins and application bundles, laid out as Homebrew lays them out.
+/// The sample's files: a Cellar, a Caskroom, links, pins and application bundles, laid out as Homebrew lays
+/// them out.
 class Prefix {
   public:
     explicit Prefix(QString path);

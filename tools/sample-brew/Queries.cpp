@@ -48,14 +48,16 @@ bool select(const Brew &brew, const Arguments &arguments, QList<const Formula *>
         else if (wantsFormulae)
             return unknownFormula(brew, name) == 0;
         else {
-            brew.screen.error(QStringLiteral("Cask '%1' is unavailable: No Cask with this name exists.").arg(name));
+            brew.screen.error(
+                QStringLiteral("Cask '%1' is unavailable: No Cask with this name exists.").arg(name));
             return false;
         }
     }
     return true;
 }
 
-QJsonObject outdatedJson(const QString &name, const QStringList &installed, const QString &current, bool pinned) {
+QJsonObject outdatedJson(const QString &name, const QStringList &installed, const QString &current,
+                         bool pinned) {
     return {{QStringLiteral("name"), name},
             {QStringLiteral("installed_versions"), QJsonArray::fromStringList(installed)},
             {QStringLiteral("current_version"), current},
@@ -72,7 +74,8 @@ bool isNeeded(const Brew &brew, const Formula &formula) {
 void printTree(const Brew &brew, const Formula &formula, const QString &indent) {
     for (qsizetype i = 0; i < formula.dependencies.size(); ++i) {
         const bool isLast = i + 1 == formula.dependencies.size();
-        brew.screen.line(indent + (isLast ? QStringLiteral("└── ") : QStringLiteral("├── ")) + formula.dependencies[i]);
+        brew.screen.line(indent + (isLast ? QStringLiteral("└── ") : QStringLiteral("├── ")) +
+                         formula.dependencies[i]);
         if (const Formula *child = brew.catalogue.formula(formula.dependencies[i]))
             printTree(brew, *child, indent + (isLast ? QStringLiteral("    ") : QStringLiteral("│   ")));
     }
@@ -148,7 +151,9 @@ int leaves(Brew &brew, const Arguments &) {
         const QStringList versions = brew.prefix.versions(formula);
         if (versions.isEmpty() || !brew.isTrusted(formula.tap) || isNeeded(brew, formula))
             continue;
-        if (brew.prefix.receipt(formula, versions.last()).value(QLatin1String("installed_on_request")).toBool())
+        if (brew.prefix.receipt(formula, versions.last())
+                .value(QLatin1String("installed_on_request"))
+                .toBool())
             brew.screen.line(formula.fullName());
     }
     return 0;
@@ -232,8 +237,8 @@ int services(Brew &brew, const Arguments &) {
         array.append(QJsonObject{
             {QStringLiteral("name"), formula.name},
             {QStringLiteral("status"), status},
-            {QStringLiteral("user"), isLoaded ? QJsonValue(qEnvironmentVariable("USER", QStringLiteral("sample")))
-                                              : QJsonValue()},
+            {QStringLiteral("user"),
+             isLoaded ? QJsonValue(qEnvironmentVariable("USER", QStringLiteral("sample"))) : QJsonValue()},
             {QStringLiteral("file"),
              QStringLiteral("%1/opt/%2/homebrew.%2.service").arg(brew.prefix.path(), formula.name)},
             {QStringLiteral("exit_code"), exitCode}});

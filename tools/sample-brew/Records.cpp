@@ -29,7 +29,8 @@ QJsonArray installedJson(const Brew &brew, const Formula &formula) {
 } // namespace
 
 QJsonObject formulaJson(const Brew &brew, const Formula &formula) {
-    const QString source = QStringLiteral("https://example.com/%1/%1-%2.tar.gz").arg(formula.name, formula.version);
+    const QString source =
+        QStringLiteral("https://example.com/%1/%1-%2.tar.gz").arg(formula.name, formula.version);
     return {{QStringLiteral("name"), formula.name},
             {QStringLiteral("full_name"), formula.fullName()},
             {QStringLiteral("tap"), formula.tap},
@@ -60,38 +61,41 @@ QJsonObject caskJson(const Brew &brew, const Cask &cask) {
     const QString installed = brew.prefix.installedVersion(cask);
     const QString bundle = brew.prefix.bundleVersion(cask);
     const QString identifier = QStringLiteral("com.example.") + cask.token;
-    return {{QStringLiteral("token"), cask.token},
-            {QStringLiteral("full_token"), cask.fullToken()},
-            {QStringLiteral("tap"), cask.tap},
-            {QStringLiteral("name"), QJsonArray::fromStringList(cask.names)},
-            {QStringLiteral("desc"), cask.desc},
-            {QStringLiteral("homepage"), QStringLiteral("https://example.com/") + cask.token},
-            {QStringLiteral("url"), QStringLiteral("https://example.com/%1-%2.zip").arg(cask.token, cask.version)},
-            {QStringLiteral("version"), cask.version},
-            {QStringLiteral("installed"), orNull(installed)},
-            {QStringLiteral("bundle_version"), orNull(QString(bundle).remove(QLatin1Char('.')))},
-            {QStringLiteral("bundle_short_version"), orNull(bundle)},
-            {QStringLiteral("pinned"), brew.prefix.isPinned(cask.token, true)},
-            {QStringLiteral("outdated"), brew.isOutdated(cask)},
-            {QStringLiteral("sha256"), QStringLiteral("no_check")},
-            {QStringLiteral("artifacts"),
-             QJsonArray{QJsonObject{{QStringLiteral("uninstall"),
-                                     QJsonArray{QJsonObject{{QStringLiteral("quit"), identifier}}}}},
-                        QJsonObject{{QStringLiteral("app"), QJsonArray{cask.app}},
-                                    {QStringLiteral("target"), brew.prefix.appPath(cask)}},
-                        QJsonObject{{QStringLiteral("preflight"), QJsonValue::Null}},
-                        QJsonObject{{QStringLiteral("zap"),
-                                     QJsonArray{QJsonObject{
-                                         {QStringLiteral("trash"),
-                                          QJsonArray{QStringLiteral("~/Library/Preferences/%1.plist").arg(identifier),
-                                                     QStringLiteral("~/Library/Caches/") + identifier}}}}}}}},
-            {QStringLiteral("caveats"), orNull(cask.caveats)},
-            {QStringLiteral("caveats_rosetta"), cask.rosetta ? QJsonValue(true) : QJsonValue(QJsonValue::Null)},
-            {QStringLiteral("depends_on"), QJsonObject()},
-            {QStringLiteral("auto_updates"), cask.autoUpdates ? QJsonValue(true) : QJsonValue(QJsonValue::Null)},
-            {QStringLiteral("deprecated"), false},
-            {QStringLiteral("disabled"), false},
-            {QStringLiteral("ruby_source_path"), QStringLiteral("Casks/%1.rb").arg(cask.token)}};
+    return {
+        {QStringLiteral("token"), cask.token},
+        {QStringLiteral("full_token"), cask.fullToken()},
+        {QStringLiteral("tap"), cask.tap},
+        {QStringLiteral("name"), QJsonArray::fromStringList(cask.names)},
+        {QStringLiteral("desc"), cask.desc},
+        {QStringLiteral("homepage"), QStringLiteral("https://example.com/") + cask.token},
+        {QStringLiteral("url"),
+         QStringLiteral("https://example.com/%1-%2.zip").arg(cask.token, cask.version)},
+        {QStringLiteral("version"), cask.version},
+        {QStringLiteral("installed"), orNull(installed)},
+        {QStringLiteral("bundle_version"), orNull(QString(bundle).remove(QLatin1Char('.')))},
+        {QStringLiteral("bundle_short_version"), orNull(bundle)},
+        {QStringLiteral("pinned"), brew.prefix.isPinned(cask.token, true)},
+        {QStringLiteral("outdated"), brew.isOutdated(cask)},
+        {QStringLiteral("sha256"), QStringLiteral("no_check")},
+        {QStringLiteral("artifacts"),
+         QJsonArray{
+             QJsonObject{{QStringLiteral("uninstall"),
+                          QJsonArray{QJsonObject{{QStringLiteral("quit"), identifier}}}}},
+             QJsonObject{{QStringLiteral("app"), QJsonArray{cask.app}},
+                         {QStringLiteral("target"), brew.prefix.appPath(cask)}},
+             QJsonObject{{QStringLiteral("preflight"), QJsonValue::Null}},
+             QJsonObject{{QStringLiteral("zap"),
+                          QJsonArray{QJsonObject{
+                              {QStringLiteral("trash"),
+                               QJsonArray{QStringLiteral("~/Library/Preferences/%1.plist").arg(identifier),
+                                          QStringLiteral("~/Library/Caches/") + identifier}}}}}}}},
+        {QStringLiteral("caveats"), orNull(cask.caveats)},
+        {QStringLiteral("caveats_rosetta"), cask.rosetta ? QJsonValue(true) : QJsonValue(QJsonValue::Null)},
+        {QStringLiteral("depends_on"), QJsonObject()},
+        {QStringLiteral("auto_updates"), cask.autoUpdates ? QJsonValue(true) : QJsonValue(QJsonValue::Null)},
+        {QStringLiteral("deprecated"), false},
+        {QStringLiteral("disabled"), false},
+        {QStringLiteral("ruby_source_path"), QStringLiteral("Casks/%1.rb").arg(cask.token)}};
 }
 
 } // namespace sample

@@ -22,8 +22,9 @@ void print(std::FILE *stream, const QString &text) {
 }
 
 QString amount(double kilobytes) {
-    return kilobytes < 1000 ? QString::number(kilobytes, 'f', 1).rightJustified(5) + QStringLiteral("KB")
-                            : QString::number(kilobytes / 1000, 'f', 1).rightJustified(5) + QStringLiteral("MB");
+    return kilobytes < 1000
+               ? QString::number(kilobytes, 'f', 1).rightJustified(5) + QStringLiteral("KB")
+               : QString::number(kilobytes / 1000, 'f', 1).rightJustified(5) + QStringLiteral("MB");
 }
 
 } // namespace
@@ -40,8 +41,9 @@ Screen::Screen()
     , m_isPaced(qEnvironmentVariable("HOMEBREW_SAMPLE_PACE") != QLatin1String("off")) {}
 
 QString Screen::coloured(const char *colour, const QString &text) const {
-    return m_hasColours ? QStringLiteral("\u001B[%1m").arg(QLatin1String(colour)) + text + QStringLiteral("\u001B[0m")
-                        : text;
+    return m_hasColours
+               ? QStringLiteral("\u001B[%1m").arg(QLatin1String(colour)) + text + QStringLiteral("\u001B[0m")
+               : text;
 }
 
 void Screen::line(const QString &text) const {
@@ -101,11 +103,12 @@ void Screen::drawQueue(const QList<Download> &downloads) const {
             if (isDone(i))
                 text += coloured("32", QStringLiteral("✔︎")) + QLatin1Char(' ') + downloads[i].label;
             else
-                text += coloured("34", QString(QChar(spinner[frame % spinner.size()]))) + QLatin1Char(' ') +
-                        downloads[i].label + QLatin1Char(' ') +
-                        QString(static_cast<int>(share * barWidth), QLatin1Char('#')).leftJustified(barWidth) +
-                        QStringLiteral(" Downloading ") + amount(done[i]) + QLatin1Char('/') +
-                        amount(downloads[i].kilobytes);
+                text +=
+                    coloured("34", QString(QChar(spinner[frame % spinner.size()]))) + QLatin1Char(' ') +
+                    downloads[i].label + QLatin1Char(' ') +
+                    QString(static_cast<int>(share * barWidth), QLatin1Char('#')).leftJustified(barWidth) +
+                    QStringLiteral(" Downloading ") + amount(done[i]) + QLatin1Char('/') +
+                    amount(downloads[i].kilobytes);
         }
         const auto running = std::count_if(done.begin() + first, done.begin() + last,
                                            [&, i = first](double) mutable { return !isDone(i++); });
@@ -121,7 +124,8 @@ void Screen::drawQueue(const QList<Download> &downloads) const {
         print(stdout, text + QStringLiteral("\u001B[?2026l"));
         pause(1000 / framesPerSecond);
         for (qsizetype i = first; i < last; ++i)
-            done[i] += m_isPaced ? kilobytesPerFrame * 4 / static_cast<double>(running) : downloads[i].kilobytes / 3.0 + 1;
+            done[i] += m_isPaced ? kilobytesPerFrame * 4 / static_cast<double>(running)
+                                 : downloads[i].kilobytes / 3.0 + 1;
     }
     print(stdout, QStringLiteral("\u001B[?25h"));
 }

@@ -11,8 +11,9 @@ struct Download {
     int kilobytes = 0;
 };
 
-/// Prints as Homebrew prints: headers to standard output, warnings and errors to standard error, colours and redraws
-/// only on a terminal; and takes the time that a real machine would take, unless HOMEBREW_SAMPLE_PACE is "off".
+/// Prints as Homebrew prints: headers to standard output, warnings and errors to standard error, colours and
+/// redraws only on a terminal; and takes the time that a real machine would take, unless HOMEBREW_SAMPLE_PACE
+/// is "off".
 class Screen {
   public:
     Screen();

@@ -23,16 +23,24 @@ namespace {
 using Command = std::function<int(sample::Brew &, const sample::Arguments &)>;
 
 const QHash<QString, Command> &commands() {
-    static const QHash<QString, Command> table{
-        {QStringLiteral("info"), sample::info},           {QStringLiteral("outdated"), sample::outdated},
-        {QStringLiteral("leaves"), sample::leaves},       {QStringLiteral("list"), sample::list},
-        {QStringLiteral("search"), sample::search},       {QStringLiteral("deps"), sample::deps},
-        {QStringLiteral("uses"), sample::uses},           {QStringLiteral("services"), sample::services},
-        {QStringLiteral("tap"), sample::tap},             {QStringLiteral("tap-info"), sample::tapInfo},
-        {QStringLiteral("trust"), sample::trust},         {QStringLiteral("update"), sample::update},
-        {QStringLiteral("install"), sample::install},     {QStringLiteral("upgrade"), sample::upgrade},
-        {QStringLiteral("reinstall"), sample::reinstall}, {QStringLiteral("uninstall"), sample::uninstall},
-        {QStringLiteral("pin"), sample::pin},             {QStringLiteral("unpin"), sample::unpin}};
+    static const QHash<QString, Command> table{{QStringLiteral("info"), sample::info},
+                                               {QStringLiteral("outdated"), sample::outdated},
+                                               {QStringLiteral("leaves"), sample::leaves},
+                                               {QStringLiteral("list"), sample::list},
+                                               {QStringLiteral("search"), sample::search},
+                                               {QStringLiteral("deps"), sample::deps},
+                                               {QStringLiteral("uses"), sample::uses},
+                                               {QStringLiteral("services"), sample::services},
+                                               {QStringLiteral("tap"), sample::tap},
+                                               {QStringLiteral("tap-info"), sample::tapInfo},
+                                               {QStringLiteral("trust"), sample::trust},
+                                               {QStringLiteral("update"), sample::update},
+                                               {QStringLiteral("install"), sample::install},
+                                               {QStringLiteral("upgrade"), sample::upgrade},
+                                               {QStringLiteral("reinstall"), sample::reinstall},
+                                               {QStringLiteral("uninstall"), sample::uninstall},
+                                               {QStringLiteral("pin"), sample::pin},
+                                               {QStringLiteral("unpin"), sample::unpin}};
     return table;
 }
 
@@ -47,7 +55,8 @@ int runBrew(const QString &prefix, const QStringList &words) {
     sample::Brew brew{sample::Catalogue::load(), sample::Prefix(prefix), sample::Screen()};
     const QString command = words.value(0);
     if (command == QLatin1String("--version")) {
-        brew.screen.line(QStringLiteral("Homebrew 6.0.18\nHomebrew/homebrew-core (git revision 5a3b1c0; last commit 2026-11-22)"));
+        brew.screen.line(QStringLiteral(
+            "Homebrew 6.0.18\nHomebrew/homebrew-core (git revision 5a3b1c0; last commit 2026-11-22)"));
         return 0;
     }
     if (command == QLatin1String("--prefix") || command == QLatin1String("--repository")) {
@@ -55,7 +64,8 @@ int runBrew(const QString &prefix, const QStringList &words) {
         return 0;
     }
     if (command == QLatin1String("--cellar") || command == QLatin1String("--caskroom")) {
-        brew.screen.line(command == QLatin1String("--cellar") ? brew.prefix.cellar() : brew.prefix.caskroom());
+        brew.screen.line(command == QLatin1String("--cellar") ? brew.prefix.cellar()
+                                                              : brew.prefix.caskroom());
         return 0;
     }
     const auto found = commands().constFind(command);
@@ -73,7 +83,11 @@ int main(int argc, char *argv[]) {
     const QCoreApplication application(argc, argv);
     const QStringList words = QCoreApplication::arguments();
     if (words.value(1) == QLatin1String("--create") && words.size() == 3)
-        return sample::createPrefix(sample::Catalogue::load(), words[2], QCoreApplication::applicationFilePath()) ? 0 : 1;
+        return sample::createPrefix(sample::Catalogue::load(), words[2],
+                                    QCoreApplication::applicationFilePath())
+                   ? 0
+                   : 1;
     // Called through the link PREFIX/bin/brew: its place tells the prefix.
-    return runBrew(QFileInfo(words[0]).absoluteDir().absolutePath().section(QLatin1Char('/'), 0, -2), words.mid(1));
+    return runBrew(QFileInfo(words[0]).absoluteDir().absolutePath().section(QLatin1Char('/'), 0, -2),
+                   words.mid(1));
 }

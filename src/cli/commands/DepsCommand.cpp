@@ -9,7 +9,8 @@ namespace {
 void printBranches(const Terminal &terminal, const DependencyNode &node, const QString &indent) {
     for (qsizetype i = 0; i < node.children.size(); ++i) {
         const bool isLast = i + 1 == node.children.size();
-        terminal.line(indent + (isLast ? QStringLiteral("└── ") : QStringLiteral("├── ")) + node.children[i].id);
+        terminal.line(indent + (isLast ? QStringLiteral("└── ") : QStringLiteral("├── ")) +
+                      node.children[i].id);
         printBranches(terminal, node.children[i],
                       indent + (isLast ? QStringLiteral("    ") : QStringLiteral("│   ")));
     }
@@ -19,7 +20,9 @@ QJsonObject nodeJson(const DependencyNode &node) {
     QJsonArray children;
     for (const DependencyNode &child : node.children)
         children.append(nodeJson(child));
-    return {{QStringLiteral("id"), node.id}, {QStringLiteral("name"), node.name}, {QStringLiteral("children"), children}};
+    return {{QStringLiteral("id"), node.id},
+            {QStringLiteral("name"), node.name},
+            {QStringLiteral("children"), children}};
 }
 
 class DepsCommand final : public Command {

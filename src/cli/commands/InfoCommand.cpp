@@ -15,8 +15,9 @@ void printFormula(const Terminal &terminal, const Formula &formula) {
                     {QStringLiteral("Source"), formula.sourceURL.value_or(QString())},
                     {QStringLiteral("Needs"), formula.dependencies.join(QStringLiteral(", "))},
                     {QStringLiteral("Installed"),
-                     formula.installedOn ? formula.installedOn->toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm"))
-                                         : QStringLiteral("no")}});
+                     formula.installedOn
+                         ? formula.installedOn->toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm"))
+                         : QStringLiteral("no")}});
     if (formula.caveats)
         terminal.line(QLatin1Char('\n') + *formula.caveats);
 }
@@ -60,7 +61,8 @@ class InfoCommand final : public Command {
                 co_return statusFor(formula.error());
             }
         }
-        const auto cask = co_await context.larkspur.queries().caskDetails(arguments.names.first(), context.stop);
+        const auto cask =
+            co_await context.larkspur.queries().caskDetails(arguments.names.first(), context.stop);
         if (!cask) {
             context.terminal.error(cask.error());
             co_return statusFor(cask.error());

@@ -90,7 +90,8 @@ class UninstallCommand final : public Command {
                 .mostNames = -1};
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        co_return co_await perform(context, {.kind = OperationKind::Uninstall, .packages = targets(arguments)});
+        co_return co_await perform(context,
+                                   {.kind = OperationKind::Uninstall, .packages = targets(arguments)});
     }
 };
 
@@ -99,7 +100,8 @@ class UpgradeCommand final : public Command {
     CommandShape shape() const override {
         return {.name = QStringLiteral("upgrade"),
                 .synopsis = QStringLiteral("NAME… [--cask] | --all"),
-                .summary = QStringLiteral("Upgrades the named packages, or with --all everything that is outdated."),
+                .summary =
+                    QStringLiteral("Upgrades the named packages, or with --all everything that is outdated."),
                 .options = {cask, QStringLiteral("--all")},
                 .fewestNames = 0,
                 .mostNames = -1};
@@ -120,7 +122,8 @@ class UpgradeCommand final : public Command {
 
   private:
     /// A name that is outdated as a cask only is meant as one.
-    static OperationRequest request(const QList<OutdatedPackage> &outdated, const CommandArguments &arguments) {
+    static OperationRequest request(const QList<OutdatedPackage> &outdated,
+                                    const CommandArguments &arguments) {
         if (arguments.has("--all"))
             return {.kind = OperationKind::UpgradeAll, .expectedSteps = static_cast<int>(outdated.size())};
         QList<PackageTarget> packages = targets(arguments);

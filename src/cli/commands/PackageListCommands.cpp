@@ -22,7 +22,8 @@ class ListCommand final : public Command {
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
         InventoryQueries &queries = context.larkspur.queries();
         // Both are under way before the first is awaited.
-        auto formulaQuery = arguments.has("--casks") ? nothing<Formula>() : queries.installedFormulae(context.stop);
+        auto formulaQuery =
+            arguments.has("--casks") ? nothing<Formula>() : queries.installedFormulae(context.stop);
         auto caskQuery = arguments.has("--formulae") ? nothing<Cask>() : queries.installedCasks(context.stop);
         const auto formulae = co_await formulaQuery;
         const auto casks = co_await caskQuery;
@@ -32,8 +33,8 @@ class ListCommand final : public Command {
             co_return statusFor(failure);
         }
         if (arguments.wantsJson())
-            context.terminal.json({{QStringLiteral("formulae"), toJson(*formulae)},
-                                   {QStringLiteral("casks"), toJson(*casks)}});
+            context.terminal.json(
+                {{QStringLiteral("formulae"), toJson(*formulae)}, {QStringLiteral("casks"), toJson(*casks)}});
         else
             print(context.terminal, *formulae, *casks);
         co_return ExitStatus::Done;
@@ -50,7 +51,8 @@ class ListCommand final : public Command {
         for (const Formula &formula : formulae)
             rows.append({formula.fullName, formula.version, formula.description.value_or(QString())});
         for (const Cask &cask : casks)
-            rows.append({cask.token + QStringLiteral(" (cask)"), cask.version, cask.description.value_or(QString())});
+            rows.append(
+                {cask.token + QStringLiteral(" (cask)"), cask.version, cask.description.value_or(QString())});
         terminal.table(rows);
     }
 };
@@ -98,7 +100,8 @@ class NamesCommand final : public Command {
         , m_query(query) {}
 
     CommandShape shape() const override {
-        return {.name = m_name, .synopsis = QStringLiteral("[--json]"), .summary = m_summary, .options = {json}};
+        return {
+            .name = m_name, .synopsis = QStringLiteral("[--json]"), .summary = m_summary, .options = {json}};
     }
 
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
@@ -140,9 +143,9 @@ std::unique_ptr<Command> makeLeavesCommand() {
 }
 
 std::unique_ptr<Command> makePinnedCommand() {
-    return std::make_unique<NamesCommand>(QStringLiteral("pinned"),
-                                          QStringLiteral("Lists the packages that are held at their version."),
-                                          &InventoryQueries::pinned);
+    return std::make_unique<NamesCommand>(
+        QStringLiteral("pinned"), QStringLiteral("Lists the packages that are held at their version."),
+        &InventoryQueries::pinned);
 }
 
 } // namespace larkspur::cli

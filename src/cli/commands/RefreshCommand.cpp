@@ -26,7 +26,8 @@ class RefreshCommand final : public Command {
         const Inventory &inventory = context.larkspur.inventory().value();
         for (const QString &failure : inventory.refreshFailures)
             context.terminal.error(failure);
-        context.terminal.line(QStringLiteral("%1 packages can be upgraded.").arg(inventory.outdatedPackages.size()));
+        context.terminal.line(
+            QStringLiteral("%1 packages can be upgraded.").arg(inventory.outdatedPackages.size()));
         co_return inventory.refreshFailures.isEmpty() ? ExitStatus::Done : ExitStatus::DoneWithWarnings;
     }
 };

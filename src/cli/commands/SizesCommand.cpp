@@ -49,7 +49,8 @@ class SizesCommand final : public Command {
         for (auto entry = sizes.cbegin(); entry != sizes.cend(); ++entry)
             sorted.append({entry.value(), entry.key()});
         std::ranges::sort(sorted, [](const auto &left, const auto &right) {
-            return left.first != right.first ? left.first > right.first : left.second.name < right.second.name;
+            return left.first != right.first ? left.first > right.first
+                                             : left.second.name < right.second.name;
         });
         if (asJson) {
             QJsonArray array;

@@ -41,7 +41,8 @@ class StatusCommand final : public Command {
     CommandShape shape() const override {
         return {.name = QStringLiteral("status"),
                 .synopsis = QStringLiteral("[--json]"),
-                .summary = QStringLiteral("Shows which Homebrew is there and how much is installed and outdated."),
+                .summary =
+                    QStringLiteral("Shows which Homebrew is there and how much is installed and outdated."),
                 .options = {QStringLiteral("--json")}};
     }
 
@@ -56,8 +57,9 @@ class StatusCommand final : public Command {
             co_await larkspur.refresh().refresh(context.stop);
         const Inventory &inventory = larkspur.inventory().value();
         if (outcome == StartupOutcome::XcodeSetupRequired || inventory.needsXcodeSetup) {
-            context.terminal.error(QStringLiteral("Xcode Setup Required. Run these two commands:\n"
-                                                  "sudo xcodebuild -runFirstLaunch\nsudo xcodebuild -license accept"));
+            context.terminal.error(
+                QStringLiteral("Xcode Setup Required. Run these two commands:\n"
+                               "sudo xcodebuild -runFirstLaunch\nsudo xcodebuild -license accept"));
             co_return ExitStatus::Failed;
         }
         if (context.stop.stop_requested()) {

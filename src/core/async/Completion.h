@@ -7,8 +7,9 @@
 
 namespace larkspur {
 
-/// A value that arrives once, from a callback, for at most one waiting coroutine. Copies share the same arrival.
-/// Main thread only. A completion that nobody completes never resumes its waiter: whoever takes one must settle it.
+/// A value that arrives once, from a callback, for at most one waiting coroutine. Copies share the same
+/// arrival. Main thread only. A completion that nobody completes never resumes its waiter: whoever takes one
+/// must settle it.
 template <typename T>
 class Completion {
   public:

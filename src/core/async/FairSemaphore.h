@@ -9,8 +9,9 @@
 
 namespace larkspur {
 
-/// A number of permits, handed out strictly in the order of asking. A permit that is given back passes straight to
-/// the oldest waiter, so nobody who arrives in between can jump the queue. Main thread only; no busy waiting.
+/// A number of permits, handed out strictly in the order of asking. A permit that is given back passes
+/// straight to the oldest waiter, so nobody who arrives in between can jump the queue. Main thread only; no
+/// busy waiting.
 class FairSemaphore {
   public:
     explicit FairSemaphore(int permits);

@@ -10,8 +10,8 @@ namespace larkspur {
 
 class Logger;
 
-/// Runs tasks that nobody awaits, and knows when the last of them has ended. An exception that leaves a task is
-/// logged instead of being lost. Destroy the owner of a scope only after `drained`.
+/// Runs tasks that nobody awaits, and knows when the last of them has ended. An exception that leaves a task
+/// is logged instead of being lost. Destroy the owner of a scope only after `drained`.
 class TaskScope : public QObject {
     Q_OBJECT
   public:

@@ -11,8 +11,8 @@
 
 namespace larkspur {
 
-/// Runs a blocking function in the thread pool and resumes on the main thread with its value. The function gets its
-/// input by value and must not throw: failures are part of its result.
+/// Runs a blocking function in the thread pool and resumes on the main thread with its value. The function
+/// gets its input by value and must not throw: failures are part of its result.
 template <typename Function>
 Task<std::invoke_result_t<Function>> runInWorker(Function function) {
     using Value = std::invoke_result_t<Function>;
@@ -21,8 +21,8 @@ Task<std::invoke_result_t<Function>> runInWorker(Function function) {
         // Boxed, because a queued call needs a copyable function and a value may be move-only.
         auto value = std::make_shared<Value>(function());
         QMetaObject::invokeMethod(
-            QCoreApplication::instance(),
-            [done, value]() mutable { done.complete(std::move(*value)); }, Qt::QueuedConnection);
+            QCoreApplication::instance(), [done, value]() mutable { done.complete(std::move(*value)); },
+            Qt::QueuedConnection);
     });
     co_return co_await done;
 }

@@ -17,7 +17,8 @@ bool isExecutableFile(const QString &path) {
 
 } // namespace
 
-BrewPathResolver::BrewPathResolver(Locations locations, Preferences &preferences, ShellExecutor &shell, Logger &logger)
+BrewPathResolver::BrewPathResolver(Locations locations, Preferences &preferences, ShellExecutor &shell,
+                                   Logger &logger)
     : m_locations(std::move(locations))
     , m_preferences(preferences)
     , m_shell(shell)
@@ -50,7 +51,8 @@ Task<bool> BrewPathResolver::search() {
     if (found)
         m_logger.info(QStringLiteral("brew path resolved: ") + found->path + found->provenance);
     else
-        m_logger.error(QStringLiteral("brew path resolution failed: brew not found at known paths or via which"));
+        m_logger.error(
+            QStringLiteral("brew path resolution failed: brew not found at known paths or via which"));
     m_cachedPath = found ? std::optional(found->path) : std::nullopt;
     m_hasChecked = true;
     m_search.reset();
@@ -63,7 +65,8 @@ std::optional<BrewPathResolver::Found> BrewPathResolver::fromPreference() const 
         return std::nullopt;
     if (isExecutableFile(path))
         return Found{path, QStringLiteral(" (user override)")};
-    m_logger.warn(QStringLiteral("brew path override set but not executable, falling back to auto-detect: ") + path);
+    m_logger.warn(QStringLiteral("brew path override set but not executable, falling back to auto-detect: ") +
+                  path);
     return std::nullopt;
 }
 

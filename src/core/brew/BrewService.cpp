@@ -81,7 +81,8 @@ Task<Result<ShellResult>> BrewSession::stream(BrewCommand command, OperationCont
     Result<ShellResult> result = co_await m_service->run(std::move(command), std::move(shape));
     if (result && result->exitCode != 0 && !watch->failureNamed && context.output)
         context.output->addLine(
-            QStringLiteral("==> Error: Homebrew ended with status %1 without naming a reason.").arg(result->exitCode));
+            QStringLiteral("==> Error: Homebrew ended with status %1 without naming a reason.")
+                .arg(result->exitCode));
     co_return result;
 }
 

@@ -9,7 +9,6 @@
 
 #include <QObject>
 
-
 namespace larkspur {
 
 class BrewPathResolver;
@@ -32,8 +31,8 @@ class BrewSession {
     /// Whether the command runs on a terminal, where today's Homebrew shows how far its downloads are.
     enum class Style { Plain, Terminal };
 
-    /// Runs brew with its output streamed to the context's sink, colours removed. A command that fails without
-    /// naming a reason gets one more line that says so, so that the output alone tells the outcome.
+    /// Runs brew with its output streamed to the context's sink, colours removed. A command that fails
+    /// without naming a reason gets one more line that says so, so that the output alone tells the outcome.
     Task<Result<ShellResult>> stream(BrewCommand command, OperationContext context, Style style);
 
     /// The same for a query that belongs to the operation: its output is not shown.
@@ -59,12 +58,12 @@ class BrewService : public QObject {
     BrewService(ShellExecutor &shell, BrewPathResolver &pathResolver, Logger &logger,
                 std::chrono::milliseconds queryLimit = defaultQueryLimit);
 
-    /// Runs brew to completion, beside whatever else runs. A non-zero status is a result, not an error; errors are:
-    /// no brew, stopped, timed out, not startable.
+    /// Runs brew to completion, beside whatever else runs. A non-zero status is a result, not an error;
+    /// errors are: no brew, stopped, timed out, not startable.
     Task<Result<ShellResult>> execute(BrewCommand command);
 
-    /// Waits for the operation lock; while another operation holds it, the output says so. The lock is held until
-    /// the session is destroyed. Fails if stop is requested first.
+    /// Waits for the operation lock; while another operation holds it, the output says so. The lock is held
+    /// until the session is destroyed. Fails if stop is requested first.
     Task<Result<BrewSession>> beginOperation(OperationContext context);
 
     bool isBrewOperationRunning() const { return m_operationLock.isExhausted(); }

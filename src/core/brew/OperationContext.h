@@ -8,8 +8,8 @@
 
 namespace larkspur {
 
-/// What an operation needs of its caller: where its output goes, how it is asked to end early, and who hears that
-/// Homebrew has been silent for long.
+/// What an operation needs of its caller: where its output goes, how it is asked to end early, and who hears
+/// that Homebrew has been silent for long.
 struct OperationContext {
     OutputSinkPtr output;
     StopToken stop = {};

@@ -10,9 +10,11 @@ enum class Situation { XcodeLicense, PackageIndex, AnotherOperation, Other };
 Situation classify(const QString &text) {
     if (mentionsXcodeLicense(text))
         return Situation::XcodeLicense;
-    if (text.contains(QLatin1String("Cannot download")) && text.contains(QLatin1String("formulae.brew.sh/api")))
+    if (text.contains(QLatin1String("Cannot download")) &&
+        text.contains(QLatin1String("formulae.brew.sh/api")))
         return Situation::PackageIndex;
-    if (text.contains(QLatin1String("Another active Homebrew")) || text.contains(QLatin1String("Please wait")))
+    if (text.contains(QLatin1String("Another active Homebrew")) ||
+        text.contains(QLatin1String("Please wait")))
         return Situation::AnotherOperation;
     return Situation::Other;
 }
@@ -34,15 +36,17 @@ QString failedCommandMessage(const QString &text) {
 QString failedCommandSuggestion(const QString &text) {
     switch (classify(text)) {
     case Situation::XcodeLicense:
-        return QStringLiteral("You need to accept the Xcode license agreement before Homebrew can function.\n\n"
-                              "Open Terminal and run:\nsudo xcodebuild -license accept\n\n"
-                              "Then click Retry below.");
+        return QStringLiteral(
+            "You need to accept the Xcode license agreement before Homebrew can function.\n\n"
+            "Open Terminal and run:\nsudo xcodebuild -license accept\n\n"
+            "Then click Retry below.");
     case Situation::PackageIndex:
         return QStringLiteral("Homebrew's package index may be temporarily unavailable or corrupted. "
                               "Run 'brew update' in Terminal to refresh it.");
     case Situation::AnotherOperation:
-        return QStringLiteral("Another Homebrew process is running. Wait for it to complete or check Activity "
-                              "Monitor for stuck processes.");
+        return QStringLiteral(
+            "Another Homebrew process is running. Wait for it to complete or check Activity "
+            "Monitor for stuck processes.");
     case Situation::Other:
         break;
     }

@@ -21,7 +21,8 @@ struct AppError {
     Kind kind = Kind::Unknown;
     QString payload;
 
-    /// The same failure for the interface. Kinds without a counterpart become a failed command with their own text.
+    /// The same failure for the interface. Kinds without a counterpart become a failed command with their own
+    /// text.
     static AppError from(const BrewError &error);
 
     QString message() const;

@@ -22,10 +22,14 @@ struct BrewError {
 
     static BrewError commandFailed(QString text) { return {Kind::CommandFailed, std::move(text)}; }
     static BrewError packageNotFound(QString name) { return {Kind::PackageNotFound, std::move(name)}; }
-    static BrewError serviceControlFailed(QString text) { return {Kind::ServiceControlFailed, std::move(text)}; }
+    static BrewError serviceControlFailed(QString text) {
+        return {Kind::ServiceControlFailed, std::move(text)};
+    }
     static BrewError brewNotInstalled() { return {Kind::BrewNotInstalled, {}}; }
     static BrewError invalidOutput(QString where) { return {Kind::InvalidOutput, std::move(where)}; }
-    static BrewError appManagementRequired(QString text) { return {Kind::AppManagementRequired, std::move(text)}; }
+    static BrewError appManagementRequired(QString text) {
+        return {Kind::AppManagementRequired, std::move(text)};
+    }
     static BrewError timeout(QString command) { return {Kind::Timeout, std::move(command)}; }
     static BrewError stopped() { return {Kind::Stopped, {}}; }
 

@@ -42,8 +42,9 @@ QString Logger::previousFilePath() const {
 }
 
 void Logger::log(LogLevel level, const QString &message) {
-    const QString line = QStringLiteral("[%1] [%2] ").arg(m_clock().toUTC().toString(Qt::ISODate), levelName(level)) +
-                         onOneLine(message) + QLatin1Char('\n');
+    const QString line =
+        QStringLiteral("[%1] [%2] ").arg(m_clock().toUTC().toString(Qt::ISODate), levelName(level)) +
+        onOneLine(message) + QLatin1Char('\n');
     const QMutexLocker locker(&m_mutex);
     rotateIfFull();
     QFile file(filePath());

@@ -10,8 +10,8 @@ namespace larkspur {
 
 enum class LogLevel { Info, Warn, Error };
 
-/// The activity log: one line per entry, rotated to a single older generation. Callable from any thread. A log that
-/// cannot be written is never reported to the caller: logging must not disturb what it logs.
+/// The activity log: one line per entry, rotated to a single older generation. Callable from any thread. A
+/// log that cannot be written is never reported to the caller: logging must not disturb what it logs.
 class Logger {
   public:
     /// Size in bytes at which the file is rotated before the next line.

@@ -5,8 +5,8 @@
 
 namespace larkspur {
 
-/// Cuts a byte stream into lines of text, whole characters only: a character that is split between two reads comes
-/// out whole, bytes that are no UTF-8 come out as U+FFFD.
+/// Cuts a byte stream into lines of text, whole characters only: a character that is split between two reads
+/// comes out whole, bytes that are no UTF-8 come out as U+FFFD.
 class LineSplitter {
   public:
     /// A line longer than this is delivered in pieces, so that a stream without line ends stays bounded.

@@ -10,11 +10,12 @@ namespace larkspur {
 
 namespace {
 
-/// The package that a header names: the last part of a tap-qualified name. Words that name no package yield nothing.
+/// The package that a header names: the last part of a tap-qualified name. Words that name no package yield
+/// nothing.
 std::optional<QString> itemOfHeader(const QString &line) {
-    static const QRegularExpression header(
-        QStringLiteral("(?m)^==> (?:Upgrading |Installing |Installing Cask |Reinstalling |Fetching downloads for: )"
-                       "([A-Za-z@][\\w@.+\\-]*)"));
+    static const QRegularExpression header(QStringLiteral(
+        "(?m)^==> (?:Upgrading |Installing |Installing Cask |Reinstalling |Fetching downloads for: )"
+        "([A-Za-z@][\\w@.+\\-]*)"));
     static const QRegularExpression qualified(QStringLiteral("\\G(?:/[\\w@.+\\-]+){2}"));
     static const QRegularExpression nextWord(QStringLiteral("\\G ([A-Za-z@][\\w@.+\\-]*)"));
     const QRegularExpressionMatch match = header.match(line);

@@ -43,7 +43,8 @@ class OperationProgress {
     int m_steps = 0;
     bool m_hasSeenPercentage = false;
     QHash<QString, Download> m_downloads;
-    std::deque<bool> m_recentSteps; ///< for the last lines: whether each began a step, so a redraw counts once
+    std::deque<bool>
+        m_recentSteps; ///< for the last lines: whether each began a step, so a redraw counts once
 };
 
 } // namespace larkspur

@@ -4,8 +4,8 @@
 
 namespace larkspur {
 
-/// One step of a growing text: the last `replaces` lines are taken back, then `lines` are added. Plain output never
-/// takes anything back; a terminal's redraws do.
+/// One step of a growing text: the last `replaces` lines are taken back, then `lines` are added. Plain output
+/// never takes anything back; a terminal's redraws do.
 struct OutputChange {
     int replaces = 0;
     QStringList lines;

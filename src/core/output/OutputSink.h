@@ -6,8 +6,8 @@
 
 namespace larkspur {
 
-/// Receives an operation's output as it grows: the operation sheet, the terminal, the history and the tests are
-/// four sinks. Called on the main thread.
+/// Receives an operation's output as it grows: the operation sheet, the terminal, the history and the tests
+/// are four sinks. Called on the main thread.
 class OutputSink {
   public:
     virtual ~OutputSink() = default;

@@ -109,7 +109,8 @@ void TerminalReader::takeText(QStringView text) {
         const QStringView piece = text.first(std::min(text.size(), longestRow - m_column));
         if (row.text.size() < m_column)
             row.text = row.text.leftJustified(m_column);
-        row.text.replace(m_column, std::min(piece.size(), row.text.size() - m_column), piece.data(), piece.size());
+        row.text.replace(m_column, std::min(piece.size(), row.text.size() - m_column), piece.data(),
+                         piece.size());
         row.changed = true;
         m_column += piece.size();
         text = text.sliced(piece.size());
@@ -134,7 +135,8 @@ void TerminalReader::moveToRow(qsizetype row) {
 void TerminalReader::sequence(char16_t final) {
     if (m_parameters.startsWith(QLatin1Char('?')))
         return; // private modes: cursor visibility, synchronised updates
-    const qsizetype lowestReachable = std::max<qsizetype>(0, static_cast<qsizetype>(m_rows.size()) - screenRows);
+    const qsizetype lowestReachable =
+        std::max<qsizetype>(0, static_cast<qsizetype>(m_rows.size()) - screenRows);
     const int count = std::max(1, firstNumber(m_parameters, 1));
     switch (final) {
     case u'A':
@@ -179,7 +181,8 @@ void TerminalReader::eraseLine(int mode) {
     if (mode == 2)
         row.text.clear();
     else if (mode == 1)
-        row.text.replace(0, std::min(m_column, row.text.size()), QString(std::min(m_column, row.text.size()), u' '));
+        row.text.replace(0, std::min(m_column, row.text.size()),
+                         QString(std::min(m_column, row.text.size()), u' '));
     else
         row.text.truncate(m_column);
     row.changed |= row.text != before;
@@ -189,7 +192,8 @@ OutputChange TerminalReader::publish() {
     const auto changed = std::ranges::find_if(m_rows, &Row::changed);
     OutputChange change;
     if (changed != m_rows.end()) {
-        change.replaces = static_cast<int>(std::count_if(changed, m_rows.end(), std::mem_fn(&Row::published)));
+        change.replaces =
+            static_cast<int>(std::count_if(changed, m_rows.end(), std::mem_fn(&Row::published)));
         for (auto row = changed; row != m_rows.end(); ++row) {
             const bool isBlankEnd = row + 1 == m_rows.end() && !row->ended && row->text.isEmpty();
             row->published = !isBlankEnd;

@@ -9,9 +9,9 @@
 
 namespace larkspur {
 
-/// Turns the output of a child on a terminal into lines: carriage returns and cursor movements overwrite the rows
-/// that are still on the screen instead of adding lines, erasing works, every other control sequence vanishes. Each
-/// feed yields at most one change, whatever was redrawn in between.
+/// Turns the output of a child on a terminal into lines: carriage returns and cursor movements overwrite the
+/// rows that are still on the screen instead of adding lines, erasing works, every other control sequence
+/// vanishes. Each feed yields at most one change, whatever was redrawn in between.
 class TerminalReader {
   public:
     /// Rows that cursor movements can reach, as on a real screen.

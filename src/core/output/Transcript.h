@@ -8,8 +8,8 @@
 
 namespace larkspur {
 
-/// The kept lines of an output, bounded: past the limit the oldest lines after the head are left out and counted, so
-/// that a chatty child cannot fill the memory while the beginning and the end stay readable.
+/// The kept lines of an output, bounded: past the limit the oldest lines after the head are left out and
+/// counted, so that a chatty child cannot fill the memory while the beginning and the end stay readable.
 class Transcript {
   public:
     static constexpr qsizetype defaultLimit = 8 * 1024 * 1024; ///< characters

@@ -6,7 +6,8 @@ namespace larkspur {
 
 namespace {
 
-const QString searchPath = QStringLiteral("/opt/homebrew/bin:/opt/homebrew/sbin:/usr/local/bin:/usr/local/sbin");
+const QString searchPath =
+    QStringLiteral("/opt/homebrew/bin:/opt/homebrew/sbin:/usr/local/bin:/usr/local/sbin");
 
 /// The --appdir option for Homebrew, which splits HOMEBREW_CASK_OPTS as a shell splits a line.
 QString appdirOption(const ChildEnvironmentInputs &inputs) {

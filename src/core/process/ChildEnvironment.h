@@ -16,12 +16,12 @@ struct ChildEnvironmentInputs {
     QString homeFolder;
 };
 
-/// The environment for one command: search path, askpass program, Homebrew's switches, the person's own Homebrew
-/// configuration, and last the command's own entries.
+/// The environment for one command: search path, askpass program, Homebrew's switches, the person's own
+/// Homebrew configuration, and last the command's own entries.
 QProcessEnvironment childEnvironment(const ChildEnvironmentInputs &inputs, const ShellCommand &command);
 
-/// The HOMEBREW_ variables in the output of `env` that a login shell ran, without those that would choose another
-/// Homebrew or colour the output.
+/// The HOMEBREW_ variables in the output of `env` that a login shell ran, without those that would choose
+/// another Homebrew or colour the output.
 EnvironmentMap homebrewVariables(const QString &envOutput);
 
 } // namespace larkspur

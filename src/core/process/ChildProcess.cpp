@@ -10,9 +10,9 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto groupPoll = 50ms;        // how often survivors of a stopped group are looked for
+constexpr auto groupPoll = 50ms;           // how often survivors of a stopped group are looked for
 constexpr auto terminalDrainLimit = 500ms; // a descendant may hold the terminal open for ever
-constexpr int terminalReadsAtOnce = 16; // then other events get their turn
+constexpr int terminalReadsAtOnce = 16;    // then other events get their turn
 
 } // namespace
 
@@ -59,13 +59,15 @@ void ChildProcess::onStarted() {
     if (m_connection) {
         m_connection->childStarted();
         if (m_connection->descriptor() >= 0) {
-            m_terminalNotifier = std::make_unique<QSocketNotifier>(m_connection->descriptor(), QSocketNotifier::Read);
+            m_terminalNotifier =
+                std::make_unique<QSocketNotifier>(m_connection->descriptor(), QSocketNotifier::Read);
             connect(m_terminalNotifier.get(), &QSocketNotifier::activated, this, &ChildProcess::readTerminal);
         }
     }
     m_silence.start();
-    m_silenceTimer.start(m_command.silenceLimit > 0ms ? std::min<std::chrono::milliseconds>(m_command.silenceLimit / 4, 1s)
-                                                      : 1s);
+    m_silenceTimer.start(m_command.silenceLimit > 0ms
+                             ? std::min<std::chrono::milliseconds>(m_command.silenceLimit / 4, 1s)
+                             : 1s);
     // Queued: stop may be requested from anywhere in the call stack, even from this child's own output.
     m_onStop.emplace(m_command.stop, [this] {
         QMetaObject::invokeMethod(this, [this] { requestEnd(ProcessEnd::Stopped); }, Qt::QueuedConnection);

@@ -19,8 +19,8 @@
 
 namespace larkspur {
 
-/// One run of one child, from start to its drained end. Leads its own process group, reads nothing from the person's
-/// terminal, and takes its whole group with it when it is stopped, times out or crashes.
+/// One run of one child, from start to its drained end. Leads its own process group, reads nothing from the
+/// person's terminal, and takes its whole group with it when it is stopped, times out or crashes.
 class ChildProcess : public QObject {
     Q_OBJECT
   public:

@@ -11,8 +11,8 @@ namespace larkspur {
 
 enum class OutputChannel { Output, Errors };
 
-/// Takes a child's bytes and makes of them what its run mode promises: changes for the consumer while it runs, texts
-/// for the result at the end.
+/// Takes a child's bytes and makes of them what its run mode promises: changes for the consumer while it
+/// runs, texts for the result at the end.
 class OutputCollector {
   public:
     OutputCollector(RunMode mode, std::function<void(const OutputChange &)> consumer);

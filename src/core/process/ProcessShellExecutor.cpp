@@ -37,8 +37,8 @@ QString shortenedErrors(const ShellResult &result) {
 
 } // namespace
 
-ProcessShellExecutor::ProcessShellExecutor(Settings settings, Preferences &preferences, PseudoTerminal &terminal,
-                                           Logger &logger)
+ProcessShellExecutor::ProcessShellExecutor(Settings settings, Preferences &preferences,
+                                           PseudoTerminal &terminal, Logger &logger)
     : m_settings(std::move(settings))
     , m_preferences(preferences)
     , m_terminal(terminal)
@@ -90,11 +90,13 @@ Task<ShellResult> ProcessShellExecutor::runChild(ShellCommand command, Environme
 
 void ProcessShellExecutor::logEnd(const ShellResult &result, RunMode mode, qint64 milliseconds) {
     if (result.end == ProcessEnd::FailedToStart) {
-        m_logger.error(spawnFailurePrefix(mode) + result.commandLine + QLatin1Char(' ') + result.standardError());
+        m_logger.error(spawnFailurePrefix(mode) + result.commandLine + QLatin1Char(' ') +
+                       result.standardError());
         return;
     }
-    QString line = QStringLiteral("shell exit=%1 duration=%2ms cmd=%3")
-                       .arg(QString::number(result.exitCode), QString::number(milliseconds), result.commandLine);
+    QString line =
+        QStringLiteral("shell exit=%1 duration=%2ms cmd=%3")
+            .arg(QString::number(result.exitCode), QString::number(milliseconds), result.commandLine);
     if (result.exitCode != 0)
         if (const QString errors = shortenedErrors(result); !errors.isEmpty())
             line += QStringLiteral(" stderr=") + errors;

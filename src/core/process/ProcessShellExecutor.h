@@ -19,7 +19,8 @@ class ProcessShellExecutor final : public ShellExecutor {
         std::chrono::milliseconds grace{10'000};
     };
 
-    ProcessShellExecutor(Settings settings, Preferences &preferences, PseudoTerminal &terminal, Logger &logger);
+    ProcessShellExecutor(Settings settings, Preferences &preferences, PseudoTerminal &terminal,
+                         Logger &logger);
 
     Task<ShellResult> run(ShellCommand command) override;
 

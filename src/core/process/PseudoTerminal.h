@@ -13,8 +13,8 @@ class TerminalConnection {
   public:
     virtual ~TerminalConnection() = default;
 
-    /// File descriptor that the child's output arrives on, owned by this object; -1 if it arrives on the child's
-    /// standard output.
+    /// File descriptor that the child's output arrives on, owned by this object; -1 if it arrives on the
+    /// child's standard output.
     virtual int descriptor() const { return -1; }
 
     /// To be called once the child runs: the program's own copy of the child's side is closed.
@@ -29,8 +29,8 @@ class PseudoTerminal {
 
     virtual ~PseudoTerminal() = default;
 
-    /// Prepares a process that has not been started; the child becomes the leader of its own session. The error is
-    /// one line of text.
+    /// Prepares a process that has not been started; the child becomes the leader of its own session. The
+    /// error is one line of text.
     virtual std::expected<std::unique_ptr<TerminalConnection>, QString> attach(QProcess &process) = 0;
 };
 

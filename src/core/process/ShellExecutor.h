@@ -11,8 +11,8 @@ class ShellExecutor {
   public:
     virtual ~ShellExecutor() = default;
 
-    /// Runs the command and resumes on the main thread when it has ended and its output is drained. Never fails:
-    /// a child that could not be started is a result too.
+    /// Runs the command and resumes on the main thread when it has ended and its output is drained. Never
+    /// fails: a child that could not be started is a result too.
     virtual Task<ShellResult> run(ShellCommand command) = 0;
 };
 

@@ -17,8 +17,8 @@ std::expected<void, BrewError> ShellResult::verdict() const {
     case ProcessEnd::TimedOut:
         return std::unexpected(BrewError::timeout(commandLine));
     case ProcessEnd::FailedToStart:
-        return std::unexpected(BrewError::commandFailed(QStringLiteral("%1 could not be started: %2")
-                                                            .arg(commandLine, standardError().trimmed())));
+        return std::unexpected(BrewError::commandFailed(
+            QStringLiteral("%1 could not be started: %2").arg(commandLine, standardError().trimmed())));
     case ProcessEnd::Crashed:
     case ProcessEnd::Exited:
         break;

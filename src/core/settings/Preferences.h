@@ -8,8 +8,8 @@
 
 namespace larkspur {
 
-/// The person's choices: key-value pairs kept by the system's own preference store. Missing or unusable values read
-/// as the default that the reader names.
+/// The person's choices: key-value pairs kept by the system's own preference store. Missing or unusable
+/// values read as the default that the reader names.
 class Preferences : public QObject {
     Q_OBJECT
   public:

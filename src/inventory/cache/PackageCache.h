@@ -23,8 +23,8 @@ struct CachedData {
     bool isExpired = false;
 };
 
-/// Keeps the last lists on disk, so that the window can show them before any brew has run. Never fails its caller:
-/// what cannot be saved is logged, what cannot be read counts as missing.
+/// Keeps the last lists on disk, so that the window can show them before any brew has run. Never fails its
+/// caller: what cannot be saved is logged, what cannot be read counts as missing.
 class PackageCache {
   public:
     static constexpr double cacheValidityDuration = 300.0; ///< seconds

@@ -52,7 +52,8 @@ bool looksLikeBundleID(std::string_view name) {
     for (const auto &part : std::views::split(name, '.')) {
         const std::string_view word(part.begin(), part.end());
         const bool isWord = !word.empty() && std::ranges::all_of(word, [](char c) {
-            return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' || c == '_';
+            return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
+                   c == '_';
         });
         if (!isWord)
             return false;
@@ -61,11 +62,10 @@ bool looksLikeBundleID(std::string_view name) {
     return parts >= 3 && !(name.front() >= '0' && name.front() <= '9');
 }
 
-/// The bundle identifier in a value of an "uninstall" or "zap" stanza: the value itself, or the name of a file that
-/// is called after it.
+/// The bundle identifier in a value of an "uninstall" or "zap" stanza: the value itself, or the name of a
+/// file that is called after it.
 std::string_view bundleIDIn(std::string_view value) {
-    static constexpr std::array<std::string_view, 5> suffixes{".plist", ".savedState", ".binarycookies", ".helper",
-                                                              "*"};
+    static constexpr std::array<std::string_view, 4> suffixes{".plist", ".savedState", ".binarycookies", "*"};
     std::string_view name = lastComponent(value);
     for (bool cut = true; cut;) {
         cut = false;

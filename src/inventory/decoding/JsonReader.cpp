@@ -10,8 +10,8 @@ QString fromView(std::string_view text) {
 
 /// Errors after which the parser still knows where it is.
 bool isAboutOneValue(simdjson::error_code code) {
-    return code == simdjson::INCORRECT_TYPE || code == simdjson::NO_SUCH_FIELD || code == simdjson::NUMBER_ERROR ||
-           code == simdjson::NUMBER_OUT_OF_RANGE;
+    return code == simdjson::INCORRECT_TYPE || code == simdjson::NO_SUCH_FIELD ||
+           code == simdjson::NUMBER_ERROR || code == simdjson::NUMBER_OUT_OF_RANGE;
 }
 
 /// Where the first line begins that starts with a bracket.
@@ -44,7 +44,8 @@ void fail(simdjson::error_code code, const char *expected, const Path &path) {
     if (isAboutOneValue(code))
         throw Failure{{DecodingError::Kind::TypeMismatch, QString::fromLatin1(expected), path.text()}, false};
     throw Failure{
-        {DecodingError::Kind::DataCorrupted, QString::fromLatin1(simdjson::error_message(code)), path.text()}, true};
+        {DecodingError::Kind::DataCorrupted, QString::fromLatin1(simdjson::error_message(code)), path.text()},
+        true};
 }
 
 void failMissing(const char *key, const Path &path) {

@@ -76,8 +76,8 @@ void forEachElement(Value value, const Path &path, Take take) {
     }
 }
 
-/// Runs `decode(root)` over the document in `bytes`. Text in front of the JSON (notices of an update, warnings) is
-/// passed over; bytes that are no UTF-8 become U+FFFD.
+/// Runs `decode(root)` over the document in `bytes`. Text in front of the JSON (notices of an update,
+/// warnings) is passed over; bytes that are no UTF-8 become U+FFFD.
 template <typename T, typename Decode>
 Decoded<T> document(const QByteArray &bytes, Decode decode);
 
@@ -117,7 +117,8 @@ Decoded<T> json::document(const QByteArray &bytes, Decode decode) {
     simdjson::ondemand::document document;
     try {
         const simdjson::padded_string_view view(padded.constData(), static_cast<std::size_t>(padded.size()),
-                                                static_cast<std::size_t>(padded.size()) + simdjson::SIMDJSON_PADDING);
+                                                static_cast<std::size_t>(padded.size()) +
+                                                    simdjson::SIMDJSON_PADDING);
         const Path root;
         if (const auto code = parser.iterate(view).get(document))
             fail(code, "document", root);

@@ -114,7 +114,8 @@ Decoded<OutdatedResponse> decodeOutdated(const QByteArray &bytes) {
                 response.formulae =
                     LossyArray<OutdatedFormula>::decode(field, at, decodeOutdatedPackage<OutdatedFormula>);
             else if (key == "casks" && !json::isNull(field))
-                response.casks = LossyArray<OutdatedCask>::decode(field, at, decodeOutdatedPackage<OutdatedCask>);
+                response.casks =
+                    LossyArray<OutdatedCask>::decode(field, at, decodeOutdatedPackage<OutdatedCask>);
         });
         return response;
     });

@@ -17,7 +17,8 @@ Decoded<LossyArray<BrewServiceInfo>> decodeServices(const QByteArray &bytes);
 /// `brew tap-info`. Counts that Homebrew does not send are the lengths of the lists.
 Decoded<LossyArray<TapInfo>> decodeTaps(const QByteArray &bytes);
 
-/// What `brew trust` lists, lower-cased as Homebrew prints it: tap names, or the remotes of taps with their own.
+/// What `brew trust` lists, lower-cased as Homebrew prints it: tap names, or the remotes of taps with their
+/// own.
 struct TrustState {
     QSet<QString> taps;
     QSet<QString> formulae;

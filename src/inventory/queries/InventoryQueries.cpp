@@ -46,7 +46,8 @@ Decoded<WithFailures<QList<Cask>>> casksOf(const QByteArray &bytes) {
     auto response = decodeBrewInfo(bytes);
     if (!response)
         return std::unexpected(response.error());
-    return WithFailures<QList<Cask>>{converted<Cask>(response->casks.elements, toCask), response->casks.failures};
+    return WithFailures<QList<Cask>>{converted<Cask>(response->casks.elements, toCask),
+                                     response->casks.failures};
 }
 
 Decoded<WithFailures<QList<OutdatedPackage>>> outdatedOf(const QByteArray &bytes) {
@@ -70,7 +71,8 @@ QSet<QString> shortNames(const QStringList &names) {
 }
 
 bool reportsUnknownName(const QString &text) {
-    return text.contains(QLatin1String("No available formula")) || text.contains(QLatin1String("No formulae or casks")) ||
+    return text.contains(QLatin1String("No available formula")) ||
+           text.contains(QLatin1String("No formulae or casks")) ||
            text.contains(QLatin1String("No Cask with this name exists")) ||
            text.contains(QLatin1String("is unavailable"));
 }
@@ -113,10 +115,12 @@ void InventoryQueries::logDropped(const QStringList &failures) {
 }
 
 Task<Result<QList<Formula>>> InventoryQueries::installedFormulae(StopToken stop) {
-    auto answer = co_await ask({QStringLiteral("info"), QStringLiteral("--installed"), jsonV2}, std::move(stop));
+    auto answer =
+        co_await ask({QStringLiteral("info"), QStringLiteral("--installed"), jsonV2}, std::move(stop));
     if (!answer)
         co_return std::unexpected(answer.error());
-    auto decoded = co_await runInWorker([bytes = std::move(answer->outputBytes)] { return formulaeOf(bytes); });
+    auto decoded =
+        co_await runInWorker([bytes = std::move(answer->outputBytes)] { return formulaeOf(bytes); });
     if (!decoded) {
         m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getInstalledFormulae: ") +
                        decoded.error().description());
@@ -127,7 +131,8 @@ Task<Result<QList<Formula>>> InventoryQueries::installedFormulae(StopToken stop)
 }
 
 Task<Result<QList<Cask>>> InventoryQueries::installedCasks(StopToken stop) {
-    auto answer = co_await ask({QStringLiteral("info"), QStringLiteral("--installed"), cask, jsonV2}, std::move(stop));
+    auto answer =
+        co_await ask({QStringLiteral("info"), QStringLiteral("--installed"), cask, jsonV2}, std::move(stop));
     if (!answer && answer.error().text.contains(QLatin1String("No casks to list")))
         co_return QList<Cask>();
     if (!answer)
@@ -164,7 +169,8 @@ Task<Result<QSet<QString>>> InventoryQueries::leaves(StopToken stop) {
 }
 
 Task<Result<QSet<QString>>> InventoryQueries::pinned(StopToken stop) {
-    const auto names = co_await askForNames({QStringLiteral("list"), QStringLiteral("--pinned")}, std::move(stop));
+    const auto names =
+        co_await askForNames({QStringLiteral("list"), QStringLiteral("--pinned")}, std::move(stop));
     co_return names ? Result<QSet<QString>>(shortNames(*names)) : std::unexpected(names.error());
 }
 
@@ -191,13 +197,14 @@ Task<Result<QList<TapInfo>>> InventoryQueries::taps(StopToken stop) {
         co_return std::unexpected(names.error());
     if (names->isEmpty())
         co_return QList<TapInfo>();
-    const auto answer =
-        co_await ask(QStringList{QStringLiteral("tap-info"), QStringLiteral("--json")} + *names, std::move(stop));
+    const auto answer = co_await ask(
+        QStringList{QStringLiteral("tap-info"), QStringLiteral("--json")} + *names, std::move(stop));
     if (!answer)
         co_return std::unexpected(answer.error());
     auto decoded = decodeTaps(answer->outputBytes);
     if (!decoded) {
-        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getTaps: ") + decoded.error().description());
+        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getTaps: ") +
+                       decoded.error().description());
         co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
     }
     logDropped(decoded->failures);

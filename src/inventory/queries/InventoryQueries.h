@@ -6,8 +6,8 @@
 #include "core/process/ShellResult.h"
 #include "inventory/decoding/ListDecoders.h"
 #include "inventory/records/BrewServiceInfo.h"
-#include "inventory/records/Package.h"
 #include "inventory/records/OutdatedPackage.h"
+#include "inventory/records/Package.h"
 #include "inventory/records/TapInfo.h"
 
 #include <QSet>
@@ -24,8 +24,9 @@ struct SearchHits {
     QStringList casks;
 };
 
-/// The read side of Homebrew: one fixed command line per question, decoded off the main thread. Changes nothing,
-/// takes no lock, and runs no more queries at once than there are cores. A stop that is requested ends the query.
+/// The read side of Homebrew: one fixed command line per question, decoded off the main thread. Changes
+/// nothing, takes no lock, and runs no more queries at once than there are cores. A stop that is requested
+/// ends the query.
 class InventoryQueries {
   public:
     InventoryQueries(BrewService &brew, Preferences &preferences, Logger &logger);

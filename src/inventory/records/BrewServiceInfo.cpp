@@ -5,10 +5,11 @@
 namespace larkspur {
 
 ServiceStatus serviceStatusFromText(const QString &text) {
-    static const QHash<QString, ServiceStatus> words{
-        {QStringLiteral("started"), ServiceStatus::Running},     {QStringLiteral("stopped"), ServiceStatus::Stopped},
-        {QStringLiteral("error"), ServiceStatus::Error},         {QStringLiteral("scheduled"), ServiceStatus::Scheduled},
-        {QStringLiteral("none"), ServiceStatus::None}};
+    static const QHash<QString, ServiceStatus> words{{QStringLiteral("started"), ServiceStatus::Running},
+                                                     {QStringLiteral("stopped"), ServiceStatus::Stopped},
+                                                     {QStringLiteral("error"), ServiceStatus::Error},
+                                                     {QStringLiteral("scheduled"), ServiceStatus::Scheduled},
+                                                     {QStringLiteral("none"), ServiceStatus::None}};
     return words.value(text, ServiceStatus::Unknown);
 }
 

@@ -19,8 +19,8 @@ QJsonObject readObject(const QString &path) {
     return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
 }
 
-/// The folder that the cask's applications went to: recorded options count before the environment's, those before
-/// the defaults.
+/// The folder that the cask's applications went to: recorded options count before the environment's, those
+/// before the defaults.
 QString recordedAppFolder(const QString &caskFolder) {
     const QJsonObject config = readObject(caskFolder + QStringLiteral("/.metadata/config.json"));
     for (const char *level : {"explicit", "env", "default"}) {
@@ -34,7 +34,8 @@ QString recordedAppFolder(const QString &caskFolder) {
     return {};
 }
 
-/// Paths of bundles, as far as the receipt names them: absolute targets where it has them, else names in `folder`.
+/// Paths of bundles, as far as the receipt names them: absolute targets where it has them, else names in
+/// `folder`.
 QStringList bundlesInReceipt(const QJsonObject &receipt, const QString &folder) {
     QStringList paths;
     for (const QJsonValue &artifact : receipt.value(QLatin1String("uninstall_artifacts")).toArray()) {

@@ -23,8 +23,8 @@ Task<Result<bool>> CatalogueUpdate::updateCatalogue(OperationContext context) {
     auto session = co_await m_brew.beginOperation(context);
     if (!session)
         co_return std::unexpected(session.error());
-    const auto result =
-        co_await session->stream({.arguments = {QStringLiteral("update")}}, context, BrewSession::Style::Plain);
+    const auto result = co_await session->stream({.arguments = {QStringLiteral("update")}}, context,
+                                                 BrewSession::Style::Plain);
     if (!result)
         co_return std::unexpected(result.error());
     const auto verdict = result->verdict();

@@ -9,13 +9,15 @@ class BrewService;
 class InventoryRefresh;
 class StartupCheck;
 
-/// Fetches Homebrew's newest catalogue, without which no newer versions are ever found, and refreshes the inventory.
-/// Waits for its turn among the operations: an update under a running upgrade would pull the rug from under it.
+/// Fetches Homebrew's newest catalogue, without which no newer versions are ever found, and refreshes the
+/// inventory. Waits for its turn among the operations: an update under a running upgrade would pull the rug
+/// from under it.
 class CatalogueUpdate {
   public:
     CatalogueUpdate(BrewService &brew, StartupCheck &startupCheck, InventoryRefresh &refresh);
 
-    /// Homebrew's words go to the context's sink. If the update fails the inventory is refreshed all the same.
+    /// Homebrew's words go to the context's sink. If the update fails the inventory is refreshed all the
+    /// same.
     Task<Result<bool>> run(OperationContext context);
 
   private:

@@ -11,7 +11,8 @@ bool isTrusted(const TapInfo &tap, const TrustState &trust) {
         return true;
     if (tap.isTrusted)
         return *tap.isTrusted;
-    return trust.taps.contains(tap.name.toLower()) || (tap.remote && trust.taps.contains(tap.remote->toLower()));
+    return trust.taps.contains(tap.name.toLower()) ||
+           (tap.remote && trust.taps.contains(tap.remote->toLower()));
 }
 
 /// A package can be trusted by itself, as tap/name or remote/name.
@@ -35,14 +36,16 @@ QSet<QString> trustedTapNames(const QList<TapInfo> &taps, const TrustState &trus
     return names;
 }
 
-QList<HiddenTap> hiddenTaps(const QList<TapInfo> &taps, const TrustState &trust, const QStringList &installedFullNames) {
+QList<HiddenTap> hiddenTaps(const QList<TapInfo> &taps, const TrustState &trust,
+                            const QStringList &installedFullNames) {
     QList<HiddenTap> hidden;
     for (const TapInfo &tap : taps) {
         if (isTrusted(tap, trust))
             continue;
         HiddenTap entry{tap.name, {}};
         for (const QString &name : installedFullNames)
-            if (name.startsWith(tap.name + QLatin1Char('/'), Qt::CaseInsensitive) && !isTrusted(name, tap, trust))
+            if (name.startsWith(tap.name + QLatin1Char('/'), Qt::CaseInsensitive) &&
+                !isTrusted(name, tap, trust))
                 entry.packages.append(name);
         hidden.append(entry);
     }

@@ -45,8 +45,8 @@ void InventoryRefresh::showCache() {
         return;
     m_state.update([&](Inventory &inventory) {
         inventory.hasLoaded = formulae || casks;
-        inventory.isStale =
-            (formulae && formulae->isExpired) || (casks && casks->isExpired) || (outdated && outdated->isExpired);
+        inventory.isStale = (formulae && formulae->isExpired) || (casks && casks->isExpired) ||
+                            (outdated && outdated->isExpired);
         if (formulae)
             inventory.installedFormulae = formulae->data;
         if (casks)
@@ -94,6 +94,7 @@ void InventoryRefresh::begin() {
     m_state.update([](Inventory &inventory) {
         inventory.isRefreshing = inventory.hasLoaded;
         inventory.isLoading = !inventory.hasLoaded;
+        inventory.needsXcodeSetup = false; // until a query says so again
     });
 }
 
@@ -200,7 +201,8 @@ Task<bool> InventoryRefresh::loadTaps(StopToken stop) {
     const auto trust = co_await trustQuery;
     const auto names = co_await nameQuery;
     if (!trust && trust.error().kind != BrewError::Kind::Stopped)
-        m_logger.warn(QStringLiteral("Failed to run brew trust")); // older Homebrew: unknown, which hides nothing
+        m_logger.warn(
+            QStringLiteral("Failed to run brew trust")); // older Homebrew: unknown, which hides nothing
     if (!taps) {
         noteFailure(QStringLiteral("[Larkspur] Failed to load taps: "), taps.error());
         co_return false;

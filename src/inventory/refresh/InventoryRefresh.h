@@ -11,8 +11,8 @@ class CaskEnrichment;
 class Logger;
 class PackageCache;
 
-/// Brings the inventory up to date: first from the cache, then from Homebrew, all queries side by side. A request
-/// that comes while a refresh runs is merged into one more run at its end.
+/// Brings the inventory up to date: first from the cache, then from Homebrew, all queries side by side. A
+/// request that comes while a refresh runs is merged into one more run at its end.
 class InventoryRefresh : public QObject {
     Q_OBJECT
   public:
@@ -25,7 +25,8 @@ class InventoryRefresh : public QObject {
     /// Ends when a run that began after this call has ended.
     Task<> refresh(StopToken stop = {});
 
-    /// The installed set has changed or is about to: no list that this made stale may be shown at the next start.
+    /// The installed set has changed or is about to: no list that this made stale may be shown at the next
+    /// start.
     void invalidateCache();
 
   private:

@@ -21,7 +21,8 @@ QHash<QString, PackageId> foldersOf(const Inventory &inventory, const QString &p
 
 } // namespace
 
-PackageSizes::PackageSizes(ShellExecutor &shell, InventoryQueries &queries, InventoryState &state, Logger &logger)
+PackageSizes::PackageSizes(ShellExecutor &shell, InventoryQueries &queries, InventoryState &state,
+                           Logger &logger)
     : m_shell(shell)
     , m_queries(queries)
     , m_state(state)

@@ -17,7 +17,8 @@ enum class StartupOutcome { Ready, BrewNotInstalled, XcodeSetupRequired };
 /// Finds brew and asks it for its version, before anything else is asked of it.
 class StartupCheck {
   public:
-    StartupCheck(BrewPathResolver &resolver, BrewService &brew, InventoryState &state, Preferences &preferences);
+    StartupCheck(BrewPathResolver &resolver, BrewService &brew, InventoryState &state,
+                 Preferences &preferences);
 
     Task<StartupOutcome> run(StopToken stop = {});
 

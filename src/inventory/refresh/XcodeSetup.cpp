@@ -6,7 +6,8 @@ namespace larkspur {
 
 bool needsXcodeSetup(const QString &text) {
     return text.contains(QLatin1String("invalid active developer path"), Qt::CaseInsensitive) ||
-           text.contains(QLatin1String("command line tools"), Qt::CaseInsensitive) || mentionsXcodeLicense(text);
+           text.contains(QLatin1String("command line tools"), Qt::CaseInsensitive) ||
+           mentionsXcodeLicense(text);
 }
 
 } // namespace larkspur

@@ -18,8 +18,8 @@ class DependencyGraph {
   public:
     explicit DependencyGraph(const QList<Formula> &installed);
 
-    /// The formula with everything it needs, however deep. What is not installed, or would close a circle, has no
-    /// children.
+    /// The formula with everything it needs, however deep. What is not installed, or would close a circle,
+    /// has no children.
     DependencyNode tree(const Formula &formula) const;
 
     /// Short names of the installed formulae that need this one directly, sorted.

@@ -50,7 +50,9 @@ struct Inventory {
     const Formula *formula(const QString &shortOrFullName) const;
     const Cask *cask(const QString &token) const;
     const OutdatedPackage *outdated(const PackageId &id) const;
-    bool isInstalled(const PackageId &id) const { return id.isCask ? cask(id.name) != nullptr : formula(id.name) != nullptr; }
+    bool isInstalled(const PackageId &id) const {
+        return id.isCask ? cask(id.name) != nullptr : formula(id.name) != nullptr;
+    }
 };
 
 } // namespace larkspur

@@ -17,7 +17,8 @@ Platform makePlatform() {
         .knownBrewPaths = {QStringLiteral("/opt/homebrew/bin/brew"), QStringLiteral("/usr/local/bin/brew"),
                            QStringLiteral("/opt/workbrew/bin/brew"),
                            QStringLiteral("/home/linuxbrew/.linuxbrew/bin/brew")},
-        .applicationFolders = {QDir::homePath() + QStringLiteral("/.config/apps"), QStringLiteral("/Applications")},
+        .applicationFolders = {QDir::homePath() + QStringLiteral("/.config/apps"),
+                               QStringLiteral("/Applications")},
     };
 }
 

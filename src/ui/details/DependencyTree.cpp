@@ -38,8 +38,9 @@ DependencyTree::DependencyTree(const DependencyNode &root, QWidget *parent)
     const auto resized = [this] { updateGeometry(); };
     connect(this, &QTreeWidget::itemExpanded, this, resized);
     connect(this, &QTreeWidget::itemCollapsed, this, resized);
-    connect(this, &QTreeWidget::itemActivated, this,
-            [this](QTreeWidgetItem *item) { Q_EMIT packageRequested(item->data(0, Qt::UserRole).toString()); });
+    connect(this, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem *item) {
+        Q_EMIT packageRequested(item->data(0, Qt::UserRole).toString());
+    });
 }
 
 QSize DependencyTree::sizeHint() const {

@@ -121,7 +121,8 @@ void PackageDetails::rebuild() {
 
 void PackageDetails::showNothing() {
     auto *empty = new EmptyState;
-    empty->show(QStringLiteral("package"), tr("No Package Selected"), tr("Select a package to see all about it."));
+    empty->show(QStringLiteral("package"), tr("No Package Selected"),
+                tr("Select a package to see all about it."));
     m_layout->addWidget(empty, 1);
 }
 
@@ -153,7 +154,8 @@ void PackageDetails::addButtons() {
     if (!package.newVersion.isEmpty())
         add(QStringLiteral("upgrade"), tr("Upgrade"), [this, package] { m_actions.upgrade({package}); });
     if (package.installed)
-        add(QStringLiteral("uninstall"), tr("Uninstall…"), [this, package] { m_actions.uninstall({package}, window()); });
+        add(QStringLiteral("uninstall"), tr("Uninstall…"),
+            [this, package] { m_actions.uninstall({package}, window()); });
     else
         add(QStringLiteral("install"), tr("Install"), [this, package] { m_actions.install({package}); });
     row->addStretch(1);
@@ -181,10 +183,12 @@ void PackageDetails::addLink(const QString &name, const std::optional<QString> &
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextBrowserInteraction);
     // Only web addresses are opened: what a recipe names may be anything.
-    const bool isWeb = address->startsWith(QLatin1String("https://")) || address->startsWith(QLatin1String("http://"));
+    const bool isWeb =
+        address->startsWith(QLatin1String("https://")) || address->startsWith(QLatin1String("http://"));
     label->setOpenExternalLinks(isWeb);
     const QString shown = address->toHtmlEscaped().replace(QLatin1Char('/'), QStringLiteral("/\u200B"));
-    label->setText(isWeb ? QStringLiteral("<a href=\"%1\">%2</a>").arg(address->toHtmlEscaped(), shown) : shown);
+    label->setText(isWeb ? QStringLiteral("<a href=\"%1\">%2</a>").arg(address->toHtmlEscaped(), shown)
+                         : shown);
     auto *row = new QHBoxLayout;
     auto *title = new QLabel(name);
     title->setForegroundRole(QPalette::PlaceholderText);
@@ -219,7 +223,8 @@ void PackageDetails::showFormula(const Formula &formula) {
         addField(tr("Installed"), formula.installedOn ? QLocale().toString(formula.installedOn->toLocalTime(),
                                                                            QLocale::ShortFormat)
                                                       : tr("at an unknown time"));
-        addField(tr("Because"), formula.installedAsDependency ? tr("others need it") : tr("you asked for it"));
+        addField(tr("Because"),
+                 formula.installedAsDependency ? tr("others need it") : tr("you asked for it"));
     }
     addField(tr("Pinned"), m_row->pinned ? tr("held at this version") : QString());
     addField(tr("Size"), sizeText(m_row->bytes));
@@ -259,9 +264,11 @@ void PackageDetails::addDependencies(const Formula &formula) {
 }
 
 void PackageDetails::showCask(const Cask &cask) {
-    const QString version =
-        m_row->newVersion.isEmpty() ? cask.version : QStringLiteral("%1 → %2").arg(cask.version, m_row->newVersion);
-    addHeading(cask.name.isEmpty() ? cask.token : cask.name.first(), version, cask.description.value_or(QString()));
+    const QString version = m_row->newVersion.isEmpty()
+                                ? cask.version
+                                : QStringLiteral("%1 → %2").arg(cask.version, m_row->newVersion);
+    addHeading(cask.name.isEmpty() ? cask.token : cask.name.first(), version,
+               cask.description.value_or(QString()));
     addButtons();
     addField(tr("Kind"), tr("Cask"));
     addField(tr("Token"), cask.token);

@@ -21,13 +21,13 @@ namespace larkspur::ui {
 
 class PackageActions;
 
-/// Everything about the selected package: its record, what it needs, who needs it, its caveats and links. What is not
-/// installed is asked of Homebrew.
+/// Everything about the selected package: its record, what it needs, who needs it, its caveats and links.
+/// What is not installed is asked of Homebrew.
 class PackageDetails : public QScrollArea {
     Q_OBJECT
   public:
-    PackageDetails(InventoryState &inventory, InventoryQueries &queries, TaskScope &tasks, PackageActions &actions,
-                   QWidget *parent = nullptr);
+    PackageDetails(InventoryState &inventory, InventoryQueries &queries, TaskScope &tasks,
+                   PackageActions &actions, QWidget *parent = nullptr);
     ~PackageDetails() override;
 
     void show(const std::optional<PackageRow> &row);

@@ -39,7 +39,8 @@ const PackageTableModel &modelOf(const QModelIndex &index) {
 }
 
 /// Draws the marks from the right and returns what room is left for the text.
-QRect paintMarks(QPainter *painter, const QStyleOptionViewItem &option, QRect room, const QList<Mark> &marks) {
+QRect paintMarks(QPainter *painter, const QStyleOptionViewItem &option, QRect room,
+                 const QList<Mark> &marks) {
     QFont font = option.font;
     font.setPointSizeF(font.pointSizeF() * 0.82);
     painter->setFont(font);
@@ -70,7 +71,8 @@ QSize PackageDelegate::sizeHint(const QStyleOptionViewItem &option, const QModel
     return {QStyledItemDelegate::sizeHint(option, index).width(), rowHeight};
 }
 
-void PackageDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option, const QModelIndex &index) const {
+void PackageDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
+                            const QModelIndex &index) const {
     if (index.column() == PackageTableModel::NameColumn)
         paintName(painter, option, index);
     else if (index.column() == PackageTableModel::SizeColumn)

@@ -7,6 +7,20 @@
 
 namespace larkspur::ui {
 
+namespace {
+
+/// Names as people sort them: item9 before item10, case aside. The C locale knows no such order and gets
+/// English.
+QCollator nameCollator() {
+    const QLocale locale;
+    QCollator collator(locale.language() == QLocale::C ? QLocale(QLocale::English) : locale);
+    collator.setNumericMode(true);
+    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    return collator;
+}
+
+} // namespace
+
 QString sizeText(qint64 bytes) {
     return bytes < 0 ? QString() : QLocale().formattedDataSize(bytes, 1, QLocale::DataSizeSIFormat);
 }
@@ -52,9 +66,7 @@ void PackageTableModel::rebuild() {
 }
 
 void PackageTableModel::sortShown() {
-    QCollator collator;
-    collator.setNumericMode(true);
-    collator.setCaseSensitivity(Qt::CaseInsensitive);
+    const QCollator collator = nameCollator();
     const auto isLess = [&](const PackageRow &left, const PackageRow &right) {
         if (m_sortColumn == SizeColumn && left.bytes != right.bytes)
             return left.bytes < right.bytes;

@@ -15,7 +15,8 @@ namespace larkspur::ui {
 
 namespace {
 
-constexpr int updateInterval = 80; // milliseconds: however fast the output comes, the bar is drawn at a steady pace
+constexpr int updateInterval =
+    80; // milliseconds: however fast the output comes, the bar is drawn at a steady pace
 constexpr int barSteps = 1000;
 
 QString outcomeIcon(const OperationRun &run) {
@@ -144,7 +145,8 @@ void OperationPanel::updateRunning() {
     else if (m_run->state() == OperationRun::State::Queued)
         words.append(tr("Waiting for its turn…"));
     else if (m_run->silence() > std::chrono::seconds(0))
-        words.append(tr("Nothing has come from Homebrew for %1 s. You can wait or stop it.").arg(m_run->silence().count()));
+        words.append(tr("Nothing has come from Homebrew for %1 s. You can wait or stop it.")
+                         .arg(m_run->silence().count()));
     else if (const auto item = progress.currentItem())
         words.append(*item);
     if (const auto total = progress.totalSteps(); total && *total > 1 && progress.stepCount() > 0)

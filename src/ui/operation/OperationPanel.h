@@ -17,8 +17,8 @@ namespace larkspur::ui {
 
 class OutputView;
 
-/// The bar at the bottom that tells how the operation stands, and the output sheet that it opens into. Hidden until
-/// the first operation; a finished one stays until it is dismissed.
+/// The bar at the bottom that tells how the operation stands, and the output sheet that it opens into. Hidden
+/// until the first operation; a finished one stays until it is dismissed.
 class OperationPanel : public QFrame {
     Q_OBJECT
   public:

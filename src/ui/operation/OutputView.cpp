@@ -12,7 +12,7 @@ namespace larkspur::ui {
 namespace {
 
 constexpr int shownLines = 5000;
-constexpr int flushInterval = 60; // milliseconds
+constexpr int flushInterval = 60;        // milliseconds
 constexpr qsizetype longestShown = 2000; // characters of a line: longer ones would stall the layout
 
 } // namespace

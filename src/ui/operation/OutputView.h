@@ -11,8 +11,8 @@ class OperationRun;
 
 namespace larkspur::ui {
 
-/// An operation's output, live. Follows the end unless the person has scrolled away; keeps the last lines only, the
-/// transcript keeps more.
+/// An operation's output, live. Follows the end unless the person has scrolled away; keeps the last lines
+/// only, the transcript keeps more.
 class OutputView : public QPlainTextEdit {
     Q_OBJECT
   public:

@@ -39,7 +39,8 @@ PackageSelection selectionOf(InstalledKind kind) {
 }
 
 const QStringList &orderNames() {
-    static const QStringList names{QStringLiteral("name"), QStringLiteral("installDate"), QStringLiteral("size")};
+    static const QStringList names{QStringLiteral("name"), QStringLiteral("installDate"),
+                                   QStringLiteral("size")};
     return names;
 }
 

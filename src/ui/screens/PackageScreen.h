@@ -19,7 +19,8 @@ class PackageDetails;
 class PackageTable;
 class ScreenHeader;
 
-/// A list of packages at the left, the selected one's details at the right: the shape of every package screen.
+/// A list of packages at the left, the selected one's details at the right: the shape of every package
+/// screen.
 class PackageScreen : public Screen {
     Q_OBJECT
   public:
@@ -30,7 +31,8 @@ class PackageScreen : public Screen {
     bool showPackage(const PackageId &id) override;
 
   protected:
-    /// Brings the rows up to date from the inventory; called when the screen is shown and when the inventory changes.
+    /// Brings the rows up to date from the inventory; called when the screen is shown and when the inventory
+    /// changes.
     virtual void reload() = 0;
     void showEvent(QShowEvent *event) override;
     /// At the next turn of the event loop, once for however many changes, and only while shown.

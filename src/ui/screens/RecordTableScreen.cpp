@@ -9,8 +9,8 @@
 
 namespace larkspur::ui {
 
-RecordTableScreen::RecordTableScreen(const QString &title, const QString &filterHint, const QStringList &columns,
-                                     InventoryState &inventory)
+RecordTableScreen::RecordTableScreen(const QString &title, const QString &filterHint,
+                                     const QStringList &columns, InventoryState &inventory)
     : m_inventory(inventory)
     , m_header(new ScreenHeader(title, filterHint))
     , m_stack(new QStackedWidget)

@@ -2,8 +2,8 @@
 
 #include "ui/Screen.h"
 
-#include <QStandardItemModel>
 #include <QStackedWidget>
+#include <QStandardItemModel>
 #include <QTableView>
 #include <QTimer>
 

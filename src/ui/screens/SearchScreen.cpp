@@ -21,7 +21,8 @@ constexpr qsizetype shortestQuestion = 2;
 
 /// How well a row answers the question: 0 is best.
 int rank(const PackageRow &row, const QString &text) {
-    if (row.id.name.compare(text, Qt::CaseInsensitive) == 0 || row.title.compare(text, Qt::CaseInsensitive) == 0)
+    if (row.id.name.compare(text, Qt::CaseInsensitive) == 0 ||
+        row.title.compare(text, Qt::CaseInsensitive) == 0)
         return 0;
     if (row.id.name.startsWith(text, Qt::CaseInsensitive) || row.title.startsWith(text, Qt::CaseInsensitive))
         return 1;
@@ -65,8 +66,8 @@ Task<> ask(InventoryQueries *queries, QString text, StopToken stop, QPointer<QOb
 } // namespace
 
 SearchScreen::SearchScreen(Services services)
-    : PackageScreen(tr("Search"), tr("Search installed and available packages"), services.inventory, services.queries,
-                    services.operations, services.tasks)
+    : PackageScreen(tr("Search"), tr("Search installed and available packages"), services.inventory,
+                    services.queries, services.operations, services.tasks)
     , m_services(services) {
     table()->model().setMarksInstalled(true);
     table()->model().keepGivenOrder();
@@ -128,10 +129,12 @@ void SearchScreen::reload() {
         line = m_problem.section(QLatin1Char('\n'), 0, 0);
     header()->setSubtitle(line);
     if (text.isEmpty())
-        table()->emptyState()->show(QStringLiteral("search"), tr("Find a Package"),
-                                    tr("Type a name. Installed packages appear at once, available ones a moment later."));
+        table()->emptyState()->show(
+            QStringLiteral("search"), tr("Find a Package"),
+            tr("Type a name. Installed packages appear at once, available ones a moment later."));
     else
-        table()->emptyState()->show(QStringLiteral("search"), m_isAsking ? tr("Searching…") : tr("Nothing Found"),
+        table()->emptyState()->show(QStringLiteral("search"),
+                                    m_isAsking ? tr("Searching…") : tr("Nothing Found"),
                                     tr("Neither installed nor available under “%1”.").arg(text));
 }
 

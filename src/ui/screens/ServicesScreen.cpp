@@ -17,7 +17,8 @@ QString statusWord(const BrewServiceInfo &service) {
     case ServiceStatus::Stopped:
         return QObject::tr("○ Stopped");
     case ServiceStatus::Error:
-        return service.exitCode ? QObject::tr("● Error (status %1)").arg(*service.exitCode) : QObject::tr("● Error");
+        return service.exitCode ? QObject::tr("● Error (status %1)").arg(*service.exitCode)
+                                : QObject::tr("● Error");
     case ServiceStatus::Scheduled:
         return QObject::tr("● Scheduled");
     case ServiceStatus::None:
@@ -47,7 +48,8 @@ QList<QList<QStandardItem *>> ServicesScreen::rows() const {
         status->setForeground(toneColour(toneOf(service.status), palette()));
         auto *file = new QStandardItem(service.file.value_or(QString()));
         file->setToolTip(file->text());
-        rows.append({new QStandardItem(service.name), status, new QStandardItem(service.user.value_or(QString())), file});
+        rows.append({new QStandardItem(service.name), status,
+                     new QStandardItem(service.user.value_or(QString())), file});
     }
     return rows;
 }

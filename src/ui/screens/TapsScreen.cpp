@@ -56,16 +56,19 @@ TapsScreen::TapsScreen(InventoryState &inventory, Preferences &preferences)
 
 void TapsScreen::reload() {
     RecordTableScreen::reload();
-    const auto hidden =
-        tapsToReport(inventory().value().hiddenUntrustedTaps, m_preferences.strings(keys::dismissedUntrustedTaps));
+    const auto hidden = tapsToReport(inventory().value().hiddenUntrustedTaps,
+                                     m_preferences.strings(keys::dismissedUntrustedTaps));
     m_banner->setVisible(!hidden.isEmpty());
     QStringList lines;
     for (const HiddenTap &tap : hidden)
-        lines.append(tap.packages.isEmpty()
-                         ? tr("%1 is not trusted.").arg(tap.name)
-                         : tr("%1 is not trusted: %2").arg(tap.name, tap.packages.join(QStringLiteral(", "))));
-    m_bannerText->setText(QStringLiteral("<b>%1</b><br>%2").arg(
-        tr("Packages hidden by Homebrew"), lines.join(QLatin1Char('\n')).toHtmlEscaped().replace(u'\n', QStringLiteral("<br>"))));
+        lines.append(
+            tap.packages.isEmpty()
+                ? tr("%1 is not trusted.").arg(tap.name)
+                : tr("%1 is not trusted: %2").arg(tap.name, tap.packages.join(QStringLiteral(", "))));
+    m_bannerText->setText(
+        QStringLiteral("<b>%1</b><br>%2")
+            .arg(tr("Packages hidden by Homebrew"),
+                 lines.join(QLatin1Char('\n')).toHtmlEscaped().replace(u'\n', QStringLiteral("<br>"))));
     QPalette ground = palette();
     ground.setColor(QPalette::Window, toneGround(Tone::Attention, palette()));
     m_banner->setPalette(ground);

@@ -28,8 +28,8 @@ Task<> check(CatalogueUpdate *update, QPointer<QObject> asker, std::function<voi
 } // namespace
 
 UpdatesScreen::UpdatesScreen(Services services)
-    : PackageScreen(tr("Updates"), tr("Filter updates"), services.inventory, services.queries, services.operations,
-                    services.tasks)
+    : PackageScreen(tr("Updates"), tr("Filter updates"), services.inventory, services.queries,
+                    services.operations, services.tasks)
     , m_services(services)
     , m_check(new QPushButton(icon(QStringLiteral("refresh")), tr("Check Now")))
     , m_upgradeSelected(new QPushButton(tr("Upgrade Selected")))
@@ -42,7 +42,8 @@ UpdatesScreen::UpdatesScreen(Services services)
         header()->addControl(button);
     }
     connect(m_check, &QPushButton::clicked, this, &UpdatesScreen::checkForUpdates);
-    connect(m_upgradeSelected, &QPushButton::clicked, this, [this] { actions().upgrade(table()->selectedRows()); });
+    connect(m_upgradeSelected, &QPushButton::clicked, this,
+            [this] { actions().upgrade(table()->selectedRows()); });
     connect(m_upgradeAll, &QPushButton::clicked, this,
             [this] { actions().upgradeAll(static_cast<int>(upgradable().size())); });
     connect(filterField(), &QLineEdit::textChanged, this, [this](const QString &text) {
@@ -66,7 +67,8 @@ void UpdatesScreen::reload() {
     table()->setRows(packageRows(value, PackageSelection::Outdated));
     const auto count = table()->model().totalRows();
     const auto pinned = count - upgradable().size();
-    QString text = count == 1 ? tr("1 package can be upgraded") : tr("%1 packages can be upgraded").arg(count);
+    QString text =
+        count == 1 ? tr("1 package can be upgraded") : tr("%1 packages can be upgraded").arg(count);
     if (pinned > 0)
         text += tr(" · %1 pinned").arg(pinned);
     if (m_isChecking)
@@ -94,13 +96,14 @@ void UpdatesScreen::checkForUpdates() {
     m_isChecking = true;
     m_problem.clear();
     reload();
-    m_services.tasks.spawn(QStringLiteral("The check for updates"),
-                           check(&m_services.catalogueUpdate, this, [this](const Result<bool> &result) {
-                               m_isChecking = false;
-                               if (!result)
-                                   m_problem = tr("The check failed: %1").arg(AppError::from(result.error()).message());
-                               reload();
-                           }));
+    m_services.tasks.spawn(
+        QStringLiteral("The check for updates"),
+        check(&m_services.catalogueUpdate, this, [this](const Result<bool> &result) {
+            m_isChecking = false;
+            if (!result)
+                m_problem = tr("The check failed: %1").arg(AppError::from(result.error()).message());
+            reload();
+        }));
 }
 
 void UpdatesScreen::showEmptyState() {

@@ -38,15 +38,17 @@ SettingsDialog::SettingsDialog(Preferences &preferences, QWidget *parent)
     layout->addWidget(textSetting(
         keys::brewPathOverride, tr("Custom Brew Path"),
         tr("Override the brew executable Larkspur uses. Leave blank to auto-detect standard Homebrew "
-           "(/opt/homebrew, /usr/local) and Workbrew (/opt/workbrew/bin/brew). Set this if brew lives somewhere else."),
+           "(/opt/homebrew, /usr/local) and Workbrew (/opt/workbrew/bin/brew). Set this if brew lives "
+           "somewhere else."),
         false));
-    layout->addWidget(textSetting(keys::customCaskAppdir, tr("Application Folder for Casks"),
-                                  tr("Where casks put their applications. Leave blank for Homebrew's own choice."),
-                                  true));
-    layout->addWidget(switchSetting(
-        keys::includeAutoUpdateCasks, tr("Include applications that update themselves"),
-        tr("Lists an update for every cask whose recorded version is older, even if the application keeps itself "
-           "up to date.")));
+    layout->addWidget(
+        textSetting(keys::customCaskAppdir, tr("Application Folder for Casks"),
+                    tr("Where casks put their applications. Leave blank for Homebrew's own choice."), true));
+    layout->addWidget(switchSetting(keys::includeAutoUpdateCasks,
+                                    tr("Include applications that update themselves"),
+                                    tr("Lists an update for every cask whose recorded version is older, even "
+                                       "if the application keeps itself "
+                                       "up to date.")));
     layout->addWidget(switchSetting(keys::refreshOnActivate, tr("Refresh when Larkspur becomes active"),
                                     tr("Reads the lists again each time you come back to the window.")));
     layout->addStretch(1);

@@ -34,7 +34,8 @@ QWidget *commandRow(const QString &command) {
     field->setAccessibleName(QObject::tr("Command"));
     auto *copy = new QPushButton(QObject::tr("Copy"));
     copy->setAccessibleName(QObject::tr("Copy %1").arg(command));
-    QObject::connect(copy, &QPushButton::clicked, row, [command] { QApplication::clipboard()->setText(command); });
+    QObject::connect(copy, &QPushButton::clicked, row,
+                     [command] { QApplication::clipboard()->setText(command); });
     auto *layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(field, 1);
@@ -97,15 +98,18 @@ void StartupScreen::showChecking() {
 
 void StartupScreen::showBrewNotInstalled() {
     const AppError error{AppError::Kind::BrewNotInstalled, {}};
-    show(error.message(), error.recoverySuggestion() + tr("\n\nIf brew lives somewhere else, name its path in the settings."),
+    show(error.message(),
+         error.recoverySuggestion() + tr("\n\nIf brew lives somewhere else, name its path in the settings."),
          {});
 }
 
 void StartupScreen::showXcodeSetup() {
     show(tr("Xcode Setup Required"),
-         tr("Homebrew needs Xcode's build tools to run. After a macOS update, Xcode often has to finish setting up — "
+         tr("Homebrew needs Xcode's build tools to run. After a macOS update, Xcode often has to finish "
+            "setting up — "
             "and re-accept its license — before Larkspur can read your installed packages."),
-         {QStringLiteral("sudo xcodebuild -runFirstLaunch"), QStringLiteral("sudo xcodebuild -license accept")});
+         {QStringLiteral("sudo xcodebuild -runFirstLaunch"),
+          QStringLiteral("sudo xcodebuild -license accept")});
 }
 
 void StartupScreen::show(const QString &title, const QString &text, const QStringList &commands) {

@@ -42,7 +42,8 @@ class TintedIcon final : public QIconEngine {
         const QPalette palette = QApplication::palette();
         if (mode == QIcon::Selected)
             return palette.color(QPalette::HighlightedText);
-        return palette.color(mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active, QPalette::WindowText);
+        return palette.color(mode == QIcon::Disabled ? QPalette::Disabled : QPalette::Active,
+                             QPalette::WindowText);
     }
 
     QString m_path;

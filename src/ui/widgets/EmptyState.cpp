@@ -30,7 +30,8 @@ EmptyState::EmptyState(QWidget *parent)
     connect(m_action, &QPushButton::clicked, this, &EmptyState::actionRequested);
 }
 
-void EmptyState::show(const QString &iconName, const QString &title, const QString &text, const QString &action) {
+void EmptyState::show(const QString &iconName, const QString &title, const QString &text,
+                      const QString &action) {
     m_picture->setPixmap(icon(iconName).pixmap(QSize(48, 48), QIcon::Disabled));
     m_title->setText(title);
     m_text->setText(text);

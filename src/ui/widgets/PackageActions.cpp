@@ -57,8 +57,8 @@ void PackageActions::upgradeAll(int outdated) {
 void PackageActions::uninstall(const QList<PackageRow> &rows, QWidget *window) {
     if (rows.isEmpty())
         return;
-    auto *question = new QMessageBox(QMessageBox::Warning, tr("Uninstall"), counted(tr("Uninstall"), rows) + u'?',
-                                     QMessageBox::Cancel, window);
+    auto *question = new QMessageBox(QMessageBox::Warning, tr("Uninstall"),
+                                     counted(tr("Uninstall"), rows) + u'?', QMessageBox::Cancel, window);
     question->setAttribute(Qt::WA_DeleteOnClose);
     QStringList names;
     for (const PackageRow &row : rows)
@@ -69,11 +69,12 @@ void PackageActions::uninstall(const QList<PackageRow> &rows, QWidget *window) {
         list += tr(" and %1 more").arg(names.size() - shownNames);
     question->setInformativeText(tr("Homebrew will remove %1 from this machine.").arg(list));
     const QPushButton *confirm = question->addButton(tr("Uninstall"), QMessageBox::DestructiveRole);
-    connect(question, &QMessageBox::buttonClicked, this, [this, question, confirm, rows](QAbstractButton *clicked) {
-        if (clicked == confirm)
-            m_operations.start(request(OperationKind::Uninstall, rows));
-        question->close();
-    });
+    connect(question, &QMessageBox::buttonClicked, this,
+            [this, question, confirm, rows](QAbstractButton *clicked) {
+                if (clicked == confirm)
+                    m_operations.start(request(OperationKind::Uninstall, rows));
+                question->close();
+            });
     question->open();
 }
 
@@ -88,8 +89,9 @@ void PackageActions::fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidge
         menu->addAction(icon(QStringLiteral("install")), counted(tr("Install"), available), this,
                         [this, available] { install(available); });
     if (!installed.isEmpty())
-        menu->addAction(icon(QStringLiteral("uninstall")), counted(tr("Uninstall"), installed) + QStringLiteral("…"),
-                        this, [this, installed, window] { uninstall(installed, window); });
+        menu->addAction(icon(QStringLiteral("uninstall")),
+                        counted(tr("Uninstall"), installed) + QStringLiteral("…"), this,
+                        [this, installed, window] { uninstall(installed, window); });
     menu->addSeparator();
     QStringList names;
     for (const PackageRow &row : rows)

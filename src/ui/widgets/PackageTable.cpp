@@ -40,7 +40,8 @@ PackageTable::PackageTable(PackageActions &actions, const QString &accessibleNam
     m_view->setColumnHidden(PackageTableModel::SizeColumn, true); // until sizes are measured
     connect(header, &QHeaderView::sectionClicked, this, [this, header](int section) {
         const bool again = header->sortIndicatorSection() == section &&
-                           header->sortIndicatorOrder() == Qt::AscendingOrder && header->isSortIndicatorShown();
+                           header->sortIndicatorOrder() == Qt::AscendingOrder &&
+                           header->isSortIndicatorShown();
         const Qt::SortOrder order = again ? Qt::DescendingOrder : Qt::AscendingOrder;
         header->setSortIndicatorShown(true);
         header->setSortIndicator(section, order);
@@ -48,8 +49,10 @@ PackageTable::PackageTable(PackageActions &actions, const QString &accessibleNam
     });
     header->setSectionsClickable(true);
     connect(m_view, &QTableView::customContextMenuRequested, this, &PackageTable::showMenu);
-    connect(m_view->selectionModel(), &QItemSelectionModel::currentRowChanged, this, &PackageTable::currentChanged);
-    connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this, &PackageTable::currentChanged);
+    connect(m_view->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+            &PackageTable::currentChanged);
+    connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &PackageTable::currentChanged);
     addWidget(m_view);
     addWidget(m_empty);
 }
@@ -67,7 +70,8 @@ void PackageTable::keepingPlace(Change change) {
         QItemSelection selection;
         for (const PackageId &id : selected)
             if (const int row = m_model.indexOf(id); row >= 0)
-                selection.select(m_model.index(row, 0), m_model.index(row, PackageTableModel::ColumnCount - 1));
+                selection.select(m_model.index(row, 0),
+                                 m_model.index(row, PackageTableModel::ColumnCount - 1));
         m_view->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect);
         if (const int row = current ? m_model.indexOf(current->id) : -1; row >= 0)
             m_view->selectionModel()->setCurrentIndex(m_model.index(row, 0), QItemSelectionModel::NoUpdate);

@@ -10,8 +10,8 @@ namespace larkspur::ui {
 class EmptyState;
 class PackageActions;
 
-/// A list of packages with selection, context menu and an empty state. Keeps selection and place when its rows are
-/// replaced.
+/// A list of packages with selection, context menu and an empty state. Keeps selection and place when its
+/// rows are replaced.
 class PackageTable : public QStackedWidget {
     Q_OBJECT
   public:

@@ -50,8 +50,8 @@ class BrewPathResolverTest : public QObject {
         world.executable("second");
         world.preferences.set(keys::brewPathOverride, world.path("mine"));
         QCOMPARE(world.resolve(), world.path("second"));
-        QVERIFY(world.logText().contains("brew path override set but not executable, falling back to auto-detect: " +
-                                         world.path("mine")));
+        QVERIFY(world.logText().contains(
+            "brew path override set but not executable, falling back to auto-detect: " + world.path("mine")));
         world.executable("mine");
         world.preferences.set(keys::brewPathOverride, QString()); // a change counts at once
         QCOMPARE(world.resolve(), world.path("second"));
@@ -70,7 +70,8 @@ class BrewPathResolverTest : public QObject {
     void aFailedSearchIsRemembered() {
         World world;
         QCOMPARE(world.resolve(), std::nullopt);
-        QVERIFY(world.logText().contains("brew path resolution failed: brew not found at known paths or via which"));
+        QVERIFY(world.logText().contains(
+            "brew path resolution failed: brew not found at known paths or via which"));
         world.executable("first");
         QCOMPARE(world.resolve(), std::nullopt);
         QCOMPARE(world.shell.commands().size(), 1);
@@ -79,7 +80,8 @@ class BrewPathResolverTest : public QObject {
     void concurrentCallersShareOneSearch() {
         World world;
         world.shell.hold("brew");
-        world.resolver = std::make_unique<BrewPathResolver>(world.locations, world.preferences, world.shell, world.logger);
+        world.resolver =
+            std::make_unique<BrewPathResolver>(world.locations, world.preferences, world.shell, world.logger);
         auto one = world.resolver->resolve();
         auto two = world.resolver->resolve();
         QCOMPARE(world.shell.commands().size(), 1);
@@ -93,7 +95,8 @@ class BrewPathResolverTest : public QObject {
         World world;
         world.executable("mine");
         world.shell.hold("brew");
-        world.resolver = std::make_unique<BrewPathResolver>(world.locations, world.preferences, world.shell, world.logger);
+        world.resolver =
+            std::make_unique<BrewPathResolver>(world.locations, world.preferences, world.shell, world.logger);
         auto one = world.resolver->resolve();
         world.preferences.set(keys::brewPathOverride, world.path("mine"));
         world.shell.release("brew", "/x/brew\n");

@@ -1,8 +1,4 @@
-#include "core/brew/BrewPathResolver.h"
-#include "core/brew/BrewService.h"
-#include "tests/support/Await.h"
-#include "tests/support/FakeShellExecutor.h"
-#include "tests/support/Fixture.h"
+#include "tests/support/BrewWorld.h"
 
 #include <QTest>
 
@@ -13,7 +9,8 @@ namespace {
 
 const QString waitingLine = QStringLiteral("==> Waiting for another Homebrew operation to finish…");
 
-Task<bool> operation(BrewService *brew, QString name, std::shared_ptr<RecordingSink> sink, StopToken stop = {}) {
+Task<bool> operation(BrewService *brew, QString name, std::shared_ptr<RecordingSink> sink,
+                     StopToken stop = {}) {
     const OperationContext context{.output = sink, .stop = stop};
     auto session = co_await brew->beginOperation(context);
     if (!session)
@@ -27,24 +24,7 @@ Task<bool> operation(BrewService *brew, QString name, std::shared_ptr<RecordingS
 class BrewServiceTest : public QObject {
     Q_OBJECT
 
-    struct World : Fixture {
-        FakeShellExecutor shell;
-        Locations locations;
-        BrewPathResolver resolver;
-        BrewService brew;
-
-        World()
-            : locations(brewIn(path("brew")))
-            , resolver(locations, preferences, shell, logger)
-            , brew(shell, resolver, logger, 77ms) {}
-        static Locations brewIn(const QString &path) {
-            write(path, "#!/bin/sh\n", true);
-            Locations locations;
-            locations.knownBrewPaths = {path};
-            locations.searchPathForBrew = false;
-            return locations;
-        }
-    };
+    using World = BrewWorld;
 
   private Q_SLOTS:
     void operationsRunInTheOrderOfAsking() {
@@ -123,7 +103,8 @@ class BrewServiceTest : public QObject {
         world.shell.answer("one", output, exitCode);
         const auto sink = std::make_shared<RecordingSink>();
         await(operation(&world.brew, "one", sink));
-        const QString line = QString("==> Error: Homebrew ended with status %1 without naming a reason.").arg(exitCode);
+        const QString line =
+            QString("==> Error: Homebrew ended with status %1 without naming a reason.").arg(exitCode);
         QCOMPARE(sink->lines().contains(line), named);
     }
 

@@ -15,16 +15,20 @@ class AppErrorTest : public QObject {
         const QString index = "Unable to load Homebrew package index";
         const QString other = "Another Homebrew operation is in progress";
         const QString api = "Cannot download https://formulae.brew.sh/api/x";
-        QTest::newRow("licence in capitals") << "YOU HAVE NOT AGREED TO THE XCODE LICENSE" << xcode << "You need to accept";
+        QTest::newRow("licence in capitals")
+            << "YOU HAVE NOT AGREED TO THE XCODE LICENSE" << xcode << "You need to accept";
         QTest::newRow("xcodebuild") << "run xcodebuild first" << xcode << "You need to accept";
         QTest::newRow("licence alone") << "bad license" << "bad license" << "Try running 'brew doctor'";
         QTest::newRow("index") << api << index << "Homebrew's package index";
-        QTest::newRow("index before lock") << api + " Another active Homebrew" << index << "Homebrew's package index";
-        QTest::newRow("download of something else") << "Cannot download http://x" << "Cannot download http://x" << "Try running";
+        QTest::newRow("index before lock")
+            << api + " Another active Homebrew" << index << "Homebrew's package index";
+        QTest::newRow("download of something else")
+            << "Cannot download http://x" << "Cannot download http://x" << "Try running";
         QTest::newRow("index in lower case") << api.toLower() << api.toLower() << "Try running";
         QTest::newRow("lock") << "Please wait for it" << other << "Another Homebrew process";
         QTest::newRow("lock in lower case") << "please wait" << "please wait" << "Try running";
-        QTest::newRow("installed") << "x is already installed" << "x is already installed" << "This app is already installed.";
+        QTest::newRow("installed") << "x is already installed" << "x is already installed"
+                                   << "This app is already installed.";
     }
     void classification() {
         QFETCH(QString, text);
@@ -37,7 +41,8 @@ class AppErrorTest : public QObject {
 
     void otherKinds() {
         QCOMPARE(AppError::from(BrewError::packageNotFound("wgt")).message(), "Package 'wgt' not found");
-        QCOMPARE(AppError::from(BrewError::packageNotFound("wgt")).stableIdentifier(), "package_not_found_wgt");
+        QCOMPARE(AppError::from(BrewError::packageNotFound("wgt")).stableIdentifier(),
+                 "package_not_found_wgt");
         QCOMPARE(AppError::from(BrewError::timeout("brew info")).message(), "Command timed out: brew info");
         QCOMPARE(AppError::from(BrewError::brewNotInstalled()).message(), "Homebrew is not installed");
         QCOMPARE(AppError::from(BrewError::brewNotInstalled()).stableIdentifier(), "brew_not_installed");

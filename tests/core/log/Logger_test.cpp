@@ -15,12 +15,14 @@ class LoggerTest : public QObject {
 
   private Q_SLOTS:
     void writesLines() {
-        Logger log(m_folder.filePath("a/b"), [] { return QDateTime(QDate(2026, 11, 22), QTime(20, 57, 39), Qt::UTC); });
+        Logger log(m_folder.filePath("a/b"),
+                   [] { return QDateTime(QDate(2026, 11, 22), QTime(20, 57, 39), Qt::UTC); });
         log.info("one");
         log.warn("two\nlines");
         log.error("three");
-        QCOMPARE(Fixture::read(log.filePath()), "[2026-11-22T20:57:39Z] [INFO] one\n[2026-11-22T20:57:39Z] [WARN] two lines\n"
-                                                "[2026-11-22T20:57:39Z] [ERROR] three\n");
+        QCOMPARE(Fixture::read(log.filePath()),
+                 "[2026-11-22T20:57:39Z] [INFO] one\n[2026-11-22T20:57:39Z] [WARN] two lines\n"
+                 "[2026-11-22T20:57:39Z] [ERROR] three\n");
     }
 
     void rotatesAtTheLimit_data() {

@@ -15,7 +15,8 @@ class LineSplitterTest : public QObject {
         QTest::newRow("last fragment") << QByteArray("one\ntwo") << QStringList{"one", "two"};
         QTest::newRow("CR LF") << QByteArray("one\r\n\r\ntwo\r\n") << QStringList{"one", "", "two"};
         QTest::newRow("beer") << QByteArray("🍺 one\n🍺") << QStringList{"🍺 one", "🍺"};
-        QTest::newRow("half a character") << QByteArray("a\xF0\x9F\nb\n") << QStringList{"a\uFFFD\uFFFD", "b"};
+        QTest::newRow("half a character")
+            << QByteArray("a\xF0\x9F\nb\n") << QStringList{"a\uFFFD\uFFFD", "b"};
         QTest::newRow("nothing") << QByteArray() << QStringList{};
     }
     void splits() {
@@ -38,7 +39,8 @@ class LineSplitterTest : public QObject {
             endless += "🍺";
         QString text;
         for (qsizetype i = 0; i < endless.size(); i += 65'537) {
-            const QStringList pieces = splitter.feed(QByteArrayView(endless).sliced(i, std::min<qsizetype>(65'537, endless.size() - i)));
+            const QStringList pieces = splitter.feed(
+                QByteArrayView(endless).sliced(i, std::min<qsizetype>(65'537, endless.size() - i)));
             text += pieces.join(QString());
         }
         QVERIFY(!text.isEmpty()); // something came before the end

@@ -20,7 +20,8 @@ class OperationProgressTest : public QObject {
         QTest::newRow("fetch") << "==> Fetching downloads for: biga and bigb" << "biga" << 0;
         QTest::newRow("versioned") << "==> Upgrading python-ophis@3" << "python-ophis@3" << 1;
         QTest::newRow("plus and dots") << "==> Reinstalling libsigc++" << "libsigc++" << 1;
-        QTest::newRow("dependencies") << "==> Installing dependencies for acme/tools/topper: acme/tools/liblow" << "" << 1;
+        QTest::newRow("dependencies")
+            << "==> Installing dependencies for acme/tools/topper: acme/tools/liblow" << "" << 1;
         QTest::newRow("a number of packages") << "==> Upgrading 6 outdated packages:" << "" << 0;
         QTest::newRow("in the middle of a line") << "x ==> Upgrading heron" << "" << 0;
         QTest::newRow("other headers") << "==> Pouring heron--8.11.1.bottle.tar.gz" << "" << 0;
@@ -70,7 +71,8 @@ class OperationProgressTest : public QObject {
     void aRedrawnHeaderCountsOnce() {
         TerminalReader reader;
         OperationProgress progress(4);
-        for (const char *piece : {"row\r\n==> Upgr", "ading a", "\r\n==> Upgrading b\r\n", "\033[3Fagain\r\n\r\n\r\n"})
+        for (const char *piece :
+             {"row\r\n==> Upgr", "ading a", "\r\n==> Upgrading b\r\n", "\033[3Fagain\r\n\r\n\r\n"})
             progress.apply(reader.feed(piece));
         QCOMPARE(progress.stepCount(), 2);
         QCOMPARE(progress.currentItem().value(), "b"); // never "Upgr" or half a name

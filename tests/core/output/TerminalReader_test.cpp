@@ -33,19 +33,25 @@ class TerminalReaderTest : public QObject {
         row("an empty line stays", "a\r\n\r\nb\r\n", {"a", "", "b"});
         row("a carriage return overwrites", "\r###  10.0%\r###### 45.0%\r######## 100.0%\r\nDownloaded\r\n",
             {"######## 100.0%", "Downloaded"});
-        row("the rest of a longer row stays until erased", "abcdef\rxy\r\nabcdef\rxy\033[K\r\n", {"xycdef", "xy"});
+        row("the rest of a longer row stays until erased", "abcdef\rxy\r\nabcdef\rxy\033[K\r\n",
+            {"xycdef", "xy"});
         row("cursor up rewrites the rows of the queue",
             "\033[?25l\033[?2026h* biga 10%\r\n\033[K* bigb 20%\033[K\033[1F\033[?2026l"
             "\033[?2026h* biga 50%\r\n\033[K* bigb 60%\033[K\033[1F\033[?2026l"
-            "\033[?2026h+ biga done\r\n\033[K+ bigb done\033[K\r\n\033[?2026l\033[?25h==> Installing biga\r\n",
+            "\033[?2026h+ biga done\r\n\033[K+ bigb done\033[K\r\n\033[?2026l\033[?25h==> Installing "
+            "biga\r\n",
             {"+ biga done", "+ bigb done", "==> Installing biga"});
         row("a header glued behind control sequences is a line of its own",
             "+ x\r\n\033[K\033[?2026l\033[?2026l\033[?25h\033[32m==>\033[0m \033[1mUpgrading x\033[0m\r\n",
             {"+ x", "==> Upgrading x"});
-        row("titles and other strings vanish", "\033]0;brew\007text\033]8;;http://x\033\\link\r\n", {"textlink"});
+        row("titles and other strings vanish", "\033]0;brew\007text\033]8;;http://x\033\\link\r\n",
+            {"textlink"});
         row("NUL, bell and backspace", QByteArray("\0==> a\007bx\bc\r\n", 11), {"==> abc"});
         row("characters of several bytes", "🍺  ✔︎ done ⠋\r\n", {"🍺  ✔︎ done ⠋"});
-        row("bytes that are no text", "a\xff\xfe" "b\r\n", {"a\uFFFD\uFFFDb"});
+        row("bytes that are no text",
+            "a\xff\xfe"
+            "b\r\n",
+            {"a\uFFFD\uFFFDb"});
         row("column moves", "12345\033[2Dab\033[1GX\r\n", {"X23ab"});
         row("erasing below", "a\r\nb\r\nc\033[2F\033[J\r\n", {"", ""});
         row("a sequence that never ends is dropped", "ok\r\n\033[12;12", {"ok"});

@@ -36,7 +36,8 @@ class ChildEnvironmentTest : public QObject {
         QCOMPARE(plain.value("SUDO_ASKPASS"), "/data/larkspur-askpass.sh");
         QVERIFY(!plain.contains("HOMEBREW_NO_AUTO_UPDATE"));
         QVERIFY(!plain.contains("TERM"));
-        const auto terminal = childEnvironment(inputs(), {.mode = RunMode::Terminal, .suppressAutoUpdate = true});
+        const auto terminal =
+            childEnvironment(inputs(), {.mode = RunMode::Terminal, .suppressAutoUpdate = true});
         QVERIFY(!terminal.contains("HOMEBREW_NO_COLOR"));
         QCOMPARE(terminal.value("TERM"), "xterm-256color");
         QCOMPARE(terminal.value("HOMEBREW_NO_AUTO_UPDATE"), "1");
@@ -51,7 +52,8 @@ class ChildEnvironmentTest : public QObject {
         QTest::addColumn<QString>("options");
         QTest::newRow("none") << "  " << "" << "";
         QTest::newRow("home") << " ~/Apps " << "" << "--appdir=\"/home/lark/Apps\"";
-        QTest::newRow("quote") << "/a \"b\"" << "--no-quarantine" << "--no-quarantine --appdir=\"/a \\\"b\\\"\"";
+        QTest::newRow("quote") << "/a \"b\"" << "--no-quarantine"
+                               << "--no-quarantine --appdir=\"/a \\\"b\\\"\"";
         QTest::newRow("backslash") << "/a\\b" << "" << "--appdir=\"/a\\\\b\"";
         QTest::newRow("a tilde inside is no home") << "/x/~y" << "" << "--appdir=\"/x/~y\"";
     }
@@ -70,15 +72,17 @@ class ChildEnvironmentTest : public QObject {
         ChildEnvironmentInputs from = inputs();
         from.loginShell = {{"HOMEBREW_CASK_OPTS", "--fontdir=/f"}, {"HOMEBREW_EDITOR", "vi"}};
         from.customCaskAppdir = "/a";
-        const auto built = childEnvironment(from, {.environment = {{"HOMEBREW_NO_ASK", "0"}, {"HOMEBREW_EDITOR", "ed"}}});
+        const auto built =
+            childEnvironment(from, {.environment = {{"HOMEBREW_NO_ASK", "0"}, {"HOMEBREW_EDITOR", "ed"}}});
         QCOMPARE(built.value("HOMEBREW_NO_ASK"), "0");
         QCOMPARE(built.value("HOMEBREW_EDITOR"), "ed");
         QCOMPARE(built.value("HOMEBREW_CASK_OPTS"), "--fontdir=/f --appdir=\"/a\"");
     }
 
     void loginShellVariables() {
-        const auto found = homebrewVariables("PATH=/bin\nHOMEBREW_CASK_OPTS=--a=b c\nHOMEBREW_PREFIX=/x\nHOMEBREW_COLOR=1\n"
-                                             "HOMEBREW_CELLAR=/x\nHOMEBREW_EMPTY=\nXHOMEBREW_NO=1\nHOMEBREW_BROKEN\n");
+        const auto found =
+            homebrewVariables("PATH=/bin\nHOMEBREW_CASK_OPTS=--a=b c\nHOMEBREW_PREFIX=/x\nHOMEBREW_COLOR=1\n"
+                              "HOMEBREW_CELLAR=/x\nHOMEBREW_EMPTY=\nXHOMEBREW_NO=1\nHOMEBREW_BROKEN\n");
         QCOMPARE(found.keys(), QStringList({"HOMEBREW_CASK_OPTS", "HOMEBREW_EMPTY"}));
         QCOMPARE(found.value("HOMEBREW_CASK_OPTS"), "--a=b c");
     }

@@ -32,7 +32,9 @@ class ChildProcessTest : public QObject {
         };
         return command;
     }
-    ShellResult run(const QString &script, RunMode mode = RunMode::Stream) { return await(m_shell.run(shell(script, mode))); }
+    ShellResult run(const QString &script, RunMode mode = RunMode::Stream) {
+        return await(m_shell.run(shell(script, mode)));
+    }
 
     /// Runs the script and asks it to stop once it has printed a line.
     ShellResult runAndStop(const QString &script, RunMode mode = RunMode::Stream) {
@@ -69,18 +71,21 @@ class ChildProcessTest : public QObject {
         QCOMPARE(result.end, ProcessEnd::FailedToStart);
         QVERIFY(result.exitCode != 0);
         QVERIFY(m_fixture.logText().contains("shell spawn failed: /no/such/program x "));
-        const ShellResult terminal = await(m_shell.run({.program = "/no/such/program", .mode = RunMode::Terminal}));
+        const ShellResult terminal =
+            await(m_shell.run({.program = "/no/such/program", .mode = RunMode::Terminal}));
         QCOMPARE(terminal.end, ProcessEnd::FailedToStart);
         QVERIFY(m_fixture.logText().contains("shell spawn failed (PTY): /no/such/program"));
     }
 
     void readsNothingFromThePerson() {
         QCOMPARE(run("if read x; then echo got; else echo end; fi").standardOutput(), "end");
-        QCOMPARE(run("if read x; then echo got; else echo end; fi", RunMode::Terminal).standardOutput(), "end");
+        QCOMPARE(run("if read x; then echo got; else echo end; fi", RunMode::Terminal).standardOutput(),
+                 "end");
     }
 
     void terminalHasASizeAndIsOne() {
-        const ShellResult result = run("stty size; test -t 1 && test -t 2 && echo tty; echo err >&2", RunMode::Terminal);
+        const ShellResult result =
+            run("stty size; test -t 1 && test -t 2 && echo tty; echo err >&2", RunMode::Terminal);
         QCOMPARE(result.standardOutput(), "40 120\ntty\nerr");
         QVERIFY(result.errorBytes.isEmpty());
     }
@@ -98,7 +103,8 @@ class ChildProcessTest : public QObject {
     }
 
     void capturesEverythingOfAQuery() {
-        const ShellResult result = run("head -c 20000000 /dev/zero | tr '\\0' x; head -c 3000000 /dev/zero >&2", RunMode::Capture);
+        const ShellResult result =
+            run("head -c 20000000 /dev/zero | tr '\\0' x; head -c 3000000 /dev/zero >&2", RunMode::Capture);
         QCOMPARE(result.outputBytes.size(), 20'000'000);
         QCOMPARE(result.errorBytes.size(), 3'000'000);
     }
@@ -111,7 +117,8 @@ class ChildProcessTest : public QObject {
 
     void stopEndsTheWholeGroup() {
         // Neither the child nor its child listens to SIGTERM, and the latter holds the pipe.
-        const ShellResult result = runAndStop("trap '' TERM; sh -c 'trap \"\" TERM; echo $$; sleep 60; sleep 60' & wait; sleep 60");
+        const ShellResult result =
+            runAndStop("trap '' TERM; sh -c 'trap \"\" TERM; echo $$; sleep 60; sleep 60' & wait; sleep 60");
         QCOMPARE(result.end, ProcessEnd::Stopped);
         QCOMPARE(result.verdict().error(), BrewError::stopped());
         QVERIFY(spinUntil([this] { return !isAlive(m_lines.first()); }, 5s));
@@ -120,8 +127,8 @@ class ChildProcessTest : public QObject {
     void stopIsGentleFirst() {
         QElapsedTimer clock;
         clock.start();
-        const ShellResult result = runAndStop("trap 'echo cleaned; exit 1' TERM; echo begun; while :; do sleep 0.05; done",
-                                              RunMode::Terminal);
+        const ShellResult result = runAndStop(
+            "trap 'echo cleaned; exit 1' TERM; echo begun; while :; do sleep 0.05; done", RunMode::Terminal);
         QCOMPARE(result.end, ProcessEnd::Stopped);
         QVERIFY(m_lines.contains("cleaned"));
     }

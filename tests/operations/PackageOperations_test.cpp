@@ -1,0 +1,79 @@
+#include "operations/PackageCommands.h"
+#include "operations/PackageOperations.h"
+#include "tests/support/BrewWorld.h"
+
+#include <QTest>
+
+using namespace larkspur;
+using namespace larkspur::test;
+
+class PackageOperationsTest : public QObject {
+    Q_OBJECT
+
+    struct World : BrewWorld {
+        PackageOperations operations{brew};
+        std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
+
+        Result<OperationReport> perform(OperationKind kind, const QList<PackageTarget> &packages) {
+            return await(operations.perform({.kind = kind, .packages = packages}, {.output = sink}));
+        }
+    };
+
+  private Q_SLOTS:
+    void commandLines_data() {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<bool>("isCask");
+        QTest::addColumn<QString>("line");
+        const auto row = [](OperationKind kind, bool isCask, const QString &line) {
+            QTest::newRow(qPrintable(line)) << static_cast<int>(kind) << isCask << line;
+        };
+        row(OperationKind::Install, false, "install x");
+        row(OperationKind::Install, true, "install --cask x");
+        row(OperationKind::Upgrade, false, "upgrade --formula x");
+        row(OperationKind::Upgrade, true, "upgrade --cask x");
+        row(OperationKind::Uninstall, false, "uninstall x");
+        row(OperationKind::Uninstall, true, "uninstall --cask x");
+    }
+    void commandLines() {
+        QFETCH(int, kind);
+        QFETCH(bool, isCask);
+        QFETCH(QString, line);
+        World world;
+        world.shell.answer(line, {});
+        QVERIFY(world.perform(static_cast<OperationKind>(kind), {{"x", isCask}}));
+        QCOMPARE(world.shell.commandLines(), QStringList{line});
+        const bool downloads = static_cast<OperationKind>(kind) != OperationKind::Uninstall;
+        QCOMPARE(world.shell.commands().first().mode, downloads ? RunMode::Terminal : RunMode::Stream);
+    }
+
+    void upgradeOfAllIsOneCommand() {
+        World world;
+        world.shell.answer("upgrade", "==> Upgraded 2 outdated packages\n");
+        QVERIFY(world.perform(OperationKind::UpgradeAll, {}));
+        QCOMPARE(world.shell.commandLines(), QStringList{"upgrade"});
+    }
+
+    void aBatchGoesOnAfterAFailure() {
+        World world;
+        world.shell.answer("uninstall a", {}, 1, "Error: needed\n");
+        world.shell.answer("uninstall --cask b", {});
+        const auto report = world.perform(OperationKind::Uninstall, {{"a", false}, {"b", true}});
+        QCOMPARE(report->failedPackages, 1);
+        QCOMPARE(world.sink->lines(),
+                 QStringList({"==> Uninstalling a", "Error: needed", "Error uninstalling a",
+                              "==> Uninstalling b", "Successfully uninstalled b"}));
+    }
+
+    void hostileNamesReachNoCommand() {
+        World world;
+        for (const char *name : {"--force", "a b", "a;b", "a\nb", "$(x)"}) {
+            const auto report = world.perform(OperationKind::Install, {{"fine", false}, {name, false}});
+            QCOMPARE(report.error(), BrewError::packageNotFound(name));
+        }
+        QVERIFY(world.shell.commands().isEmpty());
+        QVERIFY(!world.brew.isBrewOperationRunning());
+    }
+};
+
+QTEST_GUILESS_MAIN(PackageOperationsTest)
+#include "PackageOperations_test.moc"

@@ -1,0 +1,137 @@
+#include "tests/support/Program.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTest>
+
+#include <csignal>
+#include <unistd.h>
+
+using namespace larkspur::test;
+
+/// The whole program with a Homebrew, a disk or a person that misbehaves.
+class FaultsTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<Program> m_program;
+
+    /// A brew that behaves as `script` for upgrades and as itself for everything else.
+    void misbehave(const QByteArray &script) {
+        m_program->replaceBrew("if [ \"$1\" = upgrade ]; then\n" + script + "\nfi\nexec -a " +
+                               m_program->brew().toUtf8() + " $REAL \"$@\"\n");
+    }
+    static bool waitForText(QProcess &process, const QByteArray &text) {
+        QByteArray all;
+        QElapsedTimer clock;
+        clock.start();
+        while (!all.contains(text) && clock.elapsed() < 20'000) {
+            process.waitForReadyRead(200);
+            all += process.readAllStandardOutput();
+        }
+        return all.contains(text);
+    }
+
+  private Q_SLOTS:
+    void init() {
+        m_program = std::make_unique<Program>();
+        QCOMPARE(m_program->run({"status"}).status, 0);
+    }
+
+    void brewIsKilledHalfWay() {
+        misbehave("echo '==> Upgrading heron'; kill -KILL $$");
+        const auto outcome = m_program->run({"upgrade", "heron"});
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(
+            outcome.output.contains("==> Error: Homebrew ended with status 137 without naming a reason."));
+    }
+
+    void brewPrintsAHundredMegabytes() {
+        misbehave("yes 'a line of output that says nothing new' | head -c 100000000; exit 0");
+        auto process = m_program->start({"upgrade", "heron"});
+        process->setReadChannel(QProcess::StandardOutput);
+        qint64 bytes = 0;
+        while (process->waitForReadyRead(30'000))
+            bytes += process->readAllStandardOutput().size();
+        QCOMPARE(Program::finish(*process).status, 0);
+        QVERIFY(bytes >= 100'000'000);
+    }
+
+    void brewPrintsHalfCharactersAndNoLineEnd() {
+        misbehave("printf '==> Upgrading heron \\360\\237'; exit 0");
+        const auto outcome = m_program->run({"upgrade", "heron"});
+        QCOMPARE(outcome.status, 0);
+        QVERIFY(outcome.output.contains("==> Upgrading heron \uFFFD"));
+    }
+
+    void interruptStopsABrewThatListensToNothing_data() {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("Ctrl-C") << SIGINT;
+        QTest::newRow("terminate") << SIGTERM;
+    }
+    void interruptStopsABrewThatListensToNothing() {
+        QFETCH(int, signal);
+        misbehave("trap '' TERM INT; sh -c 'trap \"\" TERM INT; echo child $$; sleep 100' & echo begun; "
+                  "sleep 100; sleep 100");
+        auto process = m_program->start({"upgrade", "heron"});
+        QVERIFY(waitForText(*process, "begun"));
+        ::kill(static_cast<pid_t>(process->processId()), signal);
+        const auto outcome = Program::finish(*process);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY2(outcome.errors.contains("Stopped: Upgrading heron."), qPrintable(outcome.errors));
+        // Nothing is left behind, and the next operation can run.
+        QProcess left;
+        left.start("pgrep", {"-f", m_program->brew()});
+        QVERIFY(left.waitForFinished());
+        QCOMPARE(left.readAllStandardOutput().trimmed(), QByteArray());
+        QCOMPARE(m_program->run({"install", "dovetail"}).status, 0);
+    }
+
+    void answersAreCut() {
+        m_program->replaceBrew("if [ \"$1\" = info ] || [ \"$1\" = outdated ]; then exec -a " +
+                               m_program->brew().toUtf8() + " $REAL \"$@\" | head -c 5000; else exec -a " +
+                               m_program->brew().toUtf8() + " $REAL \"$@\"; fi\n");
+        const auto outcome = m_program->run({"status"});
+        QCOMPARE(outcome.status, 3);
+        QVERIFY(outcome.errors.contains("Failed to load formulae: Homebrew's answer could not be read"));
+        QCOMPARE(m_program->run({"list"}).status, 1);
+    }
+
+    void theCacheIsGarbage() {
+        for (const char *name : {"formulae", "casks", "outdated"}) {
+            QFile file(m_program->path(QString("data/Cache/%1_cache.json").arg(name)));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write(QByteArray(10'000, '\xff'));
+        }
+        QCOMPARE(m_program->run({"status"}).status, 0);
+    }
+
+    void theDataFolderCannotBeWritten() {
+        QDir(m_program->path("data")).removeRecursively();
+        QFile file(m_program->path("data"));
+        QVERIFY(file.open(QIODevice::WriteOnly)); // a file in its place: not even root can write below
+        file.close();
+        QCOMPARE(m_program->run({"status"}).status, 0);
+        QCOMPARE(m_program->run({"install", "dovetail"}).status, 0);
+    }
+
+    void theSampleCannotBeMade() {
+        QProcess process;
+        process.start(LARKSPUR_PROGRAM, {"--sample-folder=/proc/nowhere", "status"});
+        const auto outcome = Program::finish(process);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.errors.contains("cannot be made"));
+    }
+
+    void rootIsRefusedOutsideTheSample() {
+        if (::geteuid() != 0)
+            QSKIP("not root");
+        QProcess process;
+        process.start(LARKSPUR_PROGRAM, {"status"});
+        const auto outcome = Program::finish(process);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.errors.contains("does not run as root"));
+    }
+};
+
+QTEST_GUILESS_MAIN(FaultsTest)
+#include "Faults_test.moc"

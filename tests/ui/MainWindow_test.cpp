@@ -1,0 +1,259 @@
+#include "app/Larkspur.h"
+#include "tests/support/Await.h"
+#include "ui/MainWindow.h"
+#include "ui/Screen.h"
+#include "ui/ScreenRegistry.h"
+#include "ui/operation/OperationPanel.h"
+#include "ui/operation/OutputView.h"
+#include "ui/settings/SettingsDialog.h"
+#include "ui/startup/StartupScreen.h"
+#include "ui/widgets/PackageTable.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace larkspur;
+using namespace larkspur::test;
+
+/// The window, without a display, on a sample Homebrew of its own.
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+    struct World {
+        QTemporaryDir folder;
+        std::unique_ptr<Larkspur> larkspur;
+        std::unique_ptr<ui::MainWindow> window;
+
+        World() { open(); }
+        ~World() { close(); }
+        QString brew() const { return folder.filePath("homebrew/bin/brew"); }
+        void open() {
+            auto environment = sampleEnvironment(folder.path(), false);
+            if (!environment)
+                qFatal("%s", qPrintable(environment.error()));
+            larkspur = std::make_unique<Larkspur>(std::move(*environment));
+            window = std::make_unique<ui::MainWindow>(*larkspur);
+            window->show();
+        }
+        void close() {
+            larkspur->shutDown();
+            spinUntil([this] { return larkspur->tasks().isDrained(); }, 30s);
+            window.reset();
+            larkspur.reset();
+        }
+        bool startAndLoad() {
+            window->start();
+            return spinUntil([this] {
+                const Inventory &inventory = larkspur->inventory().value();
+                return inventory.hasEnrichedCaskVersions && !inventory.isLoading && !inventory.isRefreshing &&
+                       larkspur->tasks().isDrained();
+            });
+        }
+        template <typename Widget>
+        Widget *visible() const {
+            for (Widget *widget : window->findChildren<Widget *>())
+                if (widget->isVisible())
+                    return widget;
+            return nullptr;
+        }
+        QAbstractButton *button(const QString &text) const {
+            for (QAbstractButton *button : window->findChildren<QAbstractButton *>())
+                if (button->isVisible() && button->text() == text)
+                    return button;
+            return nullptr;
+        }
+        bool shows(const QString &text) const {
+            for (QLabel *label : window->findChildren<QLabel *>())
+                if (label->isVisible() && label->text().contains(text))
+                    return true;
+            return false;
+        }
+        void replaceBrew(const QByteArray &script) const {
+            if (!QFile::exists(brew() + "-real"))
+                QFile::rename(brew(), brew() + "-real");
+            QFile::remove(brew());
+            QFile file(brew());
+            if (!file.open(QIODevice::WriteOnly))
+                qFatal("brew cannot be replaced");
+            file.write("#!/bin/bash\n" + script + "\nexec -a " + brew().toUtf8() + " " + brew().toUtf8() +
+                       "-real \"$@\"\n");
+            file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeUser);
+        }
+    };
+
+  private Q_SLOTS:
+    void everyScreenShowsTheInventory() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        for (const ui::ScreenEntry &entry : ui::screenRegistry()) {
+            world.window->showScreen(entry.id);
+            QTRY_VERIFY(world.visible<ui::Screen>());
+            QVERIFY(world.shows(entry.title));
+            if (auto *table = world.visible<ui::PackageTable>(); table && entry.count)
+                QCOMPARE(table->model().rowCount(), entry.count(world.larkspur->inventory().value()));
+        }
+        world.window->showScreen("taps");
+        QVERIFY(world.shows("Packages hidden by Homebrew"));
+    }
+
+    void everyControlHasAName() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        for (const ui::ScreenEntry &entry : ui::screenRegistry()) {
+            world.window->showScreen(entry.id);
+            for (QWidget *widget : world.window->findChildren<QWidget *>()) {
+                if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus ||
+                    widget->inherits("QScrollBar"))
+                    continue;
+                const auto *button = qobject_cast<QAbstractButton *>(widget);
+                const bool isNamed = !widget->accessibleName().isEmpty() ||
+                                     (button && !button->text().isEmpty()) ||
+                                     qobject_cast<QLabel *>(widget) || widget->inherits("QMenuBar");
+                QVERIFY2(isNamed, qPrintable(entry.id + ": " + widget->metaObject()->className()));
+            }
+        }
+    }
+
+    void detailsFollowTheSelection() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        world.window->showScreen("formulae");
+        auto *table = world.visible<ui::PackageTable>();
+        table->select({"heron", false});
+        QTRY_VERIFY(world.shows("Patient HTTP client that retries politely"));
+        QVERIFY(world.shows("cobweb")); // a dependent
+        world.visible<ui::Screen>()->filterField()->setText("no such package");
+        QTRY_VERIFY(world.shows("Nothing Found"));
+        world.visible<ui::Screen>()->filterField()->clear();
+        QVERIFY(table->model().rowCount() > 30);
+    }
+
+    void searchFindsInstalledAtOnceAndAvailableSoon() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        world.window->showScreen("search");
+        auto *table = world.visible<ui::PackageTable>();
+        world.visible<ui::Screen>()->filterField()->setText("heron");
+        QCOMPARE(table->model().row(0).id.name, "heron");
+        world.visible<ui::Screen>()->filterField()->setText("widget");
+        QVERIFY(spinUntil([&] { return table->model().rowCount() == 2; }));
+        table->select({"widget-board", true});
+        QVERIFY(spinUntil([&] { return world.shows("Small windows for small facts"); })); // asked of Homebrew
+        QVERIFY(world.button("Install"));
+    }
+
+    void upgradesWithLiveOutputAndRefreshes() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        auto *table = world.visible<ui::PackageTable>();
+        table->select({"heron", false});
+        QTest::mouseClick(world.button("Upgrade Selected"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.larkspur->operations().shown(); }));
+        const OperationRun *run = world.larkspur->operations().shown();
+        QVERIFY(spinUntil([&] { return !run->isRunning() && world.larkspur->tasks().isDrained(); }));
+        QVERIFY(run->outcome() == OperationOutcome::Succeeded);
+        QTRY_COMPARE(table->model().indexOf({"heron", false}), -1);
+        QVERIFY(table->model().rowCount() > 5);
+        QVERIFY(world.shows("Done"));
+        world.window->findChild<ui::OperationPanel *>()->setOutputVisible(true);
+        QTRY_VERIFY(
+            world.window->findChild<ui::OutputView *>()->toPlainText().contains("==> Upgrading heron"));
+    }
+
+    void aFailureOpensTheOutput() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        world.larkspur->operations().start(
+            {.kind = OperationKind::Upgrade, .packages = {{"hearthbuild", false}}});
+        QVERIFY(spinUntil([&] { return world.shows("Failed. The output tells why."); }));
+        QTRY_VERIFY(
+            world.window->findChild<ui::OutputView *>()->toPlainText().contains("without naming a reason"));
+        QVERIFY(world.window->findChild<ui::OutputView *>()->isVisible());
+    }
+
+    void startsFromTheCacheWithoutBrew() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        world.close();
+        world.open();
+        world.window->start();
+        auto *table = world.visible<ui::PackageTable>();
+        QVERIFY(table && table->model().rowCount() > 10); // before the event loop has run at all
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+    }
+
+    void failureScreens() {
+        World world;
+        world.replaceBrew("if [ \"$1\" = info ]; then echo 'Error: You have not agreed to the Xcode "
+                          "license.' >&2; exit 1; fi");
+        world.window->start();
+        QVERIFY(spinUntil([&] { return world.shows("Xcode Setup Required"); }));
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+        world.replaceBrew({});
+        QTest::mouseClick(world.button("Retry"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.visible<ui::PackageTable>() != nullptr; }));
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+    }
+
+    void withoutBrewTheScreenSaysSo() {
+        World world;
+        QFile::remove(world.brew());
+        world.window->start();
+        QVERIFY(spinUntil([&] { return world.shows("Homebrew is not installed"); }));
+        QVERIFY(world.button("Retry") && world.button("Settings…"));
+        // Naming a brew in the settings counts at once.
+        QVERIFY(QFile::copy("/bin/true", world.folder.filePath("mybrew")));
+        world.larkspur->preferences().set(keys::brewPathOverride, world.folder.filePath("mybrew"));
+        QTest::mouseClick(world.button("Retry"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.visible<ui::Screen>() != nullptr; }));
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+    }
+
+    void closingDuringAnOperationAsks_data() {
+        QTest::addColumn<QString>("answer");
+        QTest::newRow("stop") << "Stop and Quit";
+        QTest::newRow("wait") << "Quit When Finished";
+    }
+    void closingDuringAnOperationAsks() {
+        QFETCH(QString, answer);
+        World world;
+        world.replaceBrew("if [ \"$1\" = upgrade ]; then echo begun; sleep 3; exit 0; fi");
+        QVERIFY(world.startAndLoad());
+        const QSignalSpy closed(world.window.get(), &ui::MainWindow::closed);
+        OperationRun *run = world.larkspur->operations().start({.kind = OperationKind::UpgradeAll});
+        QVERIFY(spinUntil([&] { return run->transcript().lineCount() > 0; }));
+        world.window->close();
+        QCOMPARE(closed.count(), 0);
+        QVERIFY(world.window->isVisible());
+        QTRY_VERIFY(world.button(answer));
+        QTest::mouseClick(world.button(answer), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return closed.count() == 1; }));
+        QVERIFY(!run->isRunning());
+        QCOMPARE(run->wasStopped(), answer == "Stop and Quit");
+    }
+
+    void sizesAreMeasuredWhenAskedFor() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        world.window->showScreen("formulae");
+        auto *order = world.visible<QComboBox>();
+        order->setCurrentIndex(2);
+        Q_EMIT order->activated(2);
+        auto *table = world.visible<ui::PackageTable>();
+        QVERIFY(spinUntil([&] { return table->model().largestSize() > 0; }));
+        QCOMPARE(table->model().row(0).id.name, "meadowdb");
+        QCOMPARE(world.larkspur->preferences().string(keys::packageSortOrder), "size");
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+    }
+};
+
+QTEST_MAIN(MainWindowTest)
+#include "MainWindow_test.moc"
