@@ -71,6 +71,7 @@ std::expected<Environment, QString> sampleEnvironment(const QString &folder, boo
         .searchPathForBrew = false,
         .readLoginShell = false,
         .applicationFolders = {root + QStringLiteral("/Applications")},
+        .asksTheNet = false,
         .titleSuffix = QStringLiteral(" — Sample"),
     };
     environment.preferenceStore =

@@ -19,6 +19,7 @@ Larkspur::Larkspur(Environment environment)
     , m_catalogueUpdate(m_brew, m_startupCheck, m_refresh)
     , m_packageSizes(m_shell, m_queries, m_inventory, m_logger)
     , m_latestRelease(m_network)
+    , m_releaseCheck(m_latestRelease, m_inventory, m_environment.locations.asksTheNet)
     , m_packageOperations(m_brew)
     , m_tasks(m_logger)
     , m_operations(m_packageOperations, m_tasks) {
@@ -35,6 +36,8 @@ void Larkspur::keepInventoryFresh() {
         refreshInBackground(QStringLiteral("The refresh after an operation"));
     });
     connect(&m_preferences, &Preferences::changed, this, [this](const QString &key) {
+        if (key == keys::brewPathOverride)
+            m_inventory.update([](Inventory &inventory) { inventory.brewPrefix.reset(); });
         if (key == keys::includeAutoUpdateCasks || key == keys::brewPathOverride)
             refreshInBackground(QStringLiteral("The refresh after a changed preference"));
     });

@@ -10,6 +10,7 @@
 #include "core/settings/Preferences.h"
 #include "inventory/cache/PackageCache.h"
 #include "inventory/queries/InventoryQueries.h"
+#include "inventory/refresh/BrewReleaseCheck.h"
 #include "inventory/refresh/CaskEnrichment.h"
 #include "inventory/refresh/CatalogueUpdate.h"
 #include "inventory/refresh/InventoryRefresh.h"
@@ -41,7 +42,7 @@ class Larkspur : public QObject {
     CatalogueUpdate &catalogueUpdate() { return m_catalogueUpdate; }
     PackageSizes &packageSizes() { return m_packageSizes; }
     OperationCenter &operations() { return m_operations; }
-    LatestBrewRelease &latestRelease() { return m_latestRelease; }
+    BrewReleaseCheck &releaseCheck() { return m_releaseCheck; }
     TaskScope &tasks() { return m_tasks; }
 
     /// From now on the inventory is refreshed after each operation and each preference that changes it: for
@@ -78,6 +79,7 @@ class Larkspur : public QObject {
     PackageSizes m_packageSizes;
     QNetworkAccessManager m_network;
     LatestBrewRelease m_latestRelease;
+    BrewReleaseCheck m_releaseCheck;
     PackageOperations m_packageOperations;
     TaskScope m_tasks;
     OperationCenter m_operations;

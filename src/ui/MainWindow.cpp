@@ -11,6 +11,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QMessageBox>
@@ -19,12 +20,19 @@
 #include <QSplitter>
 #include <QStackedWidget>
 #include <QVBoxLayout>
+#include <QVersionNumber>
 
 #include <algorithm>
 
 namespace larkspur::ui {
 
 namespace {
+
+constexpr int longestWaitForPaint = 500; // milliseconds
+
+bool isNewerVersion(const std::optional<QString> &candidate, const QString &current) {
+    return candidate && QVersionNumber::fromString(*candidate) > QVersionNumber::fromString(current);
+}
 
 Task<> check(StartupCheck *startup, StopToken stop, QPointer<QObject> window,
              std::function<void(StartupOutcome)> done) {
@@ -41,11 +49,12 @@ MainWindow::MainWindow(Larkspur &larkspur)
     , m_startup(new StartupScreen)
     , m_splitter(new QSplitter(Qt::Horizontal))
     , m_sidebar(new Sidebar)
+    , m_brewVersion(new QLabel)
     , m_screenStack(new QStackedWidget)
     , m_operationPanel(new OperationPanel(larkspur.operations())) {
     setWindowTitle(QStringLiteral("Larkspur") + larkspur.locations().titleSuffix);
     setWindowIcon(QIcon(QStringLiteral(":/larkspur.svg")));
-    m_splitter->addWidget(m_sidebar);
+    m_splitter->addWidget(makeSidebarColumn());
     m_splitter->addWidget(m_screenStack);
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setHandleWidth(1);
@@ -63,6 +72,8 @@ MainWindow::MainWindow(Larkspur &larkspur)
     setCentralWidget(m_pages);
     makeMenus();
     restoreLayout();
+    m_firstCheck.setSingleShot(true);
+    connect(&m_firstCheck, &QTimer::timeout, this, &MainWindow::checkHomebrew);
 
     connect(m_sidebar, &Sidebar::screenChosen, this, &MainWindow::showScreen);
     connect(m_startup, &StartupScreen::retryRequested, this, &MainWindow::checkHomebrew);
@@ -75,6 +86,22 @@ MainWindow::MainWindow(Larkspur &larkspur)
 }
 
 MainWindow::~MainWindow() = default;
+
+QWidget *MainWindow::makeSidebarColumn() {
+    auto *column = new QWidget;
+    column->setAutoFillBackground(true);
+    column->setPalette(m_sidebar->palette());
+    column->setBackgroundRole(QPalette::Base);
+    m_brewVersion->setContentsMargins(14, 6, 10, 10);
+    m_brewVersion->setForegroundRole(QPalette::PlaceholderText);
+    m_brewVersion->setWordWrap(true);
+    auto *layout = new QVBoxLayout(column);
+    layout->setContentsMargins(0, 6, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_sidebar, 1);
+    layout->addWidget(m_brewVersion);
+    return column;
+}
 
 void MainWindow::makeMenus() {
     QMenu *file = menuBar()->addMenu(tr("&File"));
@@ -119,7 +146,15 @@ void MainWindow::start() {
     // The cached lists are there at once; the check runs behind them, and in front only where there are none.
     showScreen(screenRegistry().first().id);
     m_pages->setCurrentIndex(m_larkspur.inventory().value().hasLoaded ? 1 : 0);
-    QTimer::singleShot(0, this, &MainWindow::checkHomebrew);
+    // A window that is not painted, because it opens minimised, say, is not waited for.
+    m_firstCheck.start(longestWaitForPaint);
+}
+
+bool MainWindow::event(QEvent *event) {
+    const bool handled = QMainWindow::event(event);
+    if (event->type() == QEvent::Paint && m_firstCheck.isActive())
+        m_firstCheck.start(0); // the list is on the screen: now brew may take the processor
+    return handled;
 }
 
 void MainWindow::checkHomebrew() {
@@ -155,6 +190,8 @@ void MainWindow::refresh() {
         checkHomebrew();
         return;
     }
+    m_larkspur.tasks().spawn(QStringLiteral("The look for a newer Homebrew"),
+                             m_larkspur.releaseCheck().run(m_larkspur.stopToken()));
     m_larkspur.tasks().spawn(QStringLiteral("The refresh"),
                              m_larkspur.refresh().refresh(m_larkspur.stopToken()));
 }
@@ -162,6 +199,10 @@ void MainWindow::refresh() {
 void MainWindow::onInventoryChanged() {
     const Inventory &inventory = m_larkspur.inventory().value();
     m_sidebar->updateCounts(inventory);
+    QString version = inventory.brewVersion ? tr("Homebrew %1").arg(*inventory.brewVersion) : QString();
+    if (inventory.brewVersion && isNewerVersion(inventory.latestBrewVersion, *inventory.brewVersion))
+        version += tr("\n%1 is available").arg(*inventory.latestBrewVersion);
+    m_brewVersion->setText(version);
     if (inventory.needsXcodeSetup && m_isReady) {
         m_isReady = false;
         m_startup->showXcodeSetup();

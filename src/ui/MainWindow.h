@@ -5,7 +5,9 @@
 
 #include <QHash>
 #include <QMainWindow>
+#include <QTimer>
 
+class QLabel;
 class QSplitter;
 class QStackedWidget;
 
@@ -37,6 +39,7 @@ class MainWindow : public QMainWindow {
     void closed();
 
   protected:
+    bool event(QEvent *event) override;
     void closeEvent(QCloseEvent *event) override;
     void changeEvent(QEvent *event) override;
 
@@ -45,6 +48,7 @@ class MainWindow : public QMainWindow {
     void checkHomebrew();
     void onChecked(StartupOutcome outcome);
     void onInventoryChanged();
+    QWidget *makeSidebarColumn();
     void showPackage(const PackageId &id);
     void showSettings();
     void refresh();
@@ -57,10 +61,12 @@ class MainWindow : public QMainWindow {
     StartupScreen *m_startup;
     QSplitter *m_splitter;
     Sidebar *m_sidebar;
+    QLabel *m_brewVersion;
     QStackedWidget *m_screenStack;
     OperationPanel *m_operationPanel;
     QHash<QString, Screen *> m_screens;
     QString m_currentScreen;
+    QTimer m_firstCheck;    ///< runs from the start until the first check begins
     bool m_isReady = false; ///< the check of Homebrew has passed
     bool m_isChecking = false;
     bool m_closesWhenIdle = false;

@@ -1,12 +1,13 @@
 #include "app/Larkspur.h"
 #include "cli/commands/Commands.h"
+#include "inventory/records/Caveats.h"
 #include "inventory/records/RecordJson.h"
 
 namespace larkspur::cli {
 
 namespace {
 
-void printFormula(const Terminal &terminal, const Formula &formula) {
+void printFormula(const Terminal &terminal, const Formula &formula, const QString &prefix) {
     terminal.line(QStringLiteral("%1 %2").arg(formula.fullName, formula.version));
     if (formula.description)
         terminal.line(*formula.description);
@@ -19,10 +20,10 @@ void printFormula(const Terminal &terminal, const Formula &formula) {
                          ? formula.installedOn->toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm"))
                          : QStringLiteral("no")}});
     if (formula.caveats)
-        terminal.line(QLatin1Char('\n') + *formula.caveats);
+        terminal.line(QLatin1Char('\n') + caveatsText(*formula.caveats, prefix));
 }
 
-void printCask(const Terminal &terminal, const Cask &cask) {
+void printCask(const Terminal &terminal, const Cask &cask, const QString &prefix) {
     terminal.line(QStringLiteral("%1 %2").arg(cask.token, cask.version));
     if (cask.description)
         terminal.line(*cask.description);
@@ -34,7 +35,7 @@ void printCask(const Terminal &terminal, const Cask &cask) {
     if (cask.requiresRosetta)
         terminal.line(QStringLiteral("Needs Rosetta on Apple silicon."));
     if (cask.caveats)
-        terminal.line(QLatin1Char('\n') + *cask.caveats);
+        terminal.line(QLatin1Char('\n') + caveatsText(*cask.caveats, prefix));
 }
 
 class InfoCommand final : public Command {
@@ -49,40 +50,33 @@ class InfoCommand final : public Command {
     }
 
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        if (!arguments.has("--cask")) {
-            const auto formula =
-                co_await context.larkspur.queries().formulaDetails(arguments.names.first(), context.stop);
-            if (formula) {
-                show(context.terminal, *formula, arguments.wantsJson());
-                co_return ExitStatus::Done;
-            }
-            if (formula.error().kind != BrewError::Kind::PackageNotFound) {
-                context.terminal.error(formula.error());
-                co_return statusFor(formula.error());
-            }
+        InventoryQueries &queries = context.larkspur.queries();
+        const QString name = arguments.names.first();
+        const QString prefix = (co_await queries.homebrewPrefix(context.stop)).value_or(QString());
+        Result<Formula> formula = std::unexpected(BrewError::packageNotFound(name));
+        if (!arguments.has("--cask"))
+            formula = co_await queries.formulaDetails(name, context.stop);
+        if (formula) {
+            if (arguments.wantsJson())
+                context.terminal.json(toJson(*formula));
+            else
+                printFormula(context.terminal, *formula, prefix);
+            co_return ExitStatus::Done;
         }
-        const auto cask =
-            co_await context.larkspur.queries().caskDetails(arguments.names.first(), context.stop);
+        if (formula.error().kind != BrewError::Kind::PackageNotFound) {
+            context.terminal.error(formula.error());
+            co_return statusFor(formula.error());
+        }
+        const auto cask = co_await queries.caskDetails(name, context.stop);
         if (!cask) {
             context.terminal.error(cask.error());
             co_return statusFor(cask.error());
         }
-        show(context.terminal, *cask, arguments.wantsJson());
+        if (arguments.wantsJson())
+            context.terminal.json(toJson(*cask));
+        else
+            printCask(context.terminal, *cask, prefix);
         co_return ExitStatus::Done;
-    }
-
-  private:
-    static void show(const Terminal &terminal, const Formula &formula, bool asJson) {
-        if (asJson)
-            terminal.json(toJson(formula));
-        else
-            printFormula(terminal, formula);
-    }
-    static void show(const Terminal &terminal, const Cask &cask, bool asJson) {
-        if (asJson)
-            terminal.json(toJson(cask));
-        else
-            printCask(terminal, cask);
     }
 };
 

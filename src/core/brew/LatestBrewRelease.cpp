@@ -15,7 +15,7 @@ LatestBrewRelease::LatestBrewRelease(QNetworkAccessManager &network, QUrl servic
     : m_network(network)
     , m_service(std::move(service)) {}
 
-Task<std::optional<QString>> LatestBrewRelease::fetch() {
+Task<std::optional<QString>> LatestBrewRelease::fetch(StopToken stop) {
     QUrl address = m_service;
     address.setPath(QStringLiteral("/repos/Homebrew/brew/releases/latest"));
     QNetworkRequest request(address);
@@ -28,6 +28,7 @@ Task<std::optional<QString>> LatestBrewRelease::fetch() {
         answer.complete(succeeded ? releaseTag(reply->readAll()) : std::nullopt);
         reply->deleteLater();
     });
+    const std::stop_callback onStop(stop, [reply] { reply->abort(); });
     co_return co_await answer;
 }
 

@@ -18,8 +18,8 @@ class LatestBrewRelease {
     explicit LatestBrewRelease(QNetworkAccessManager &network,
                                QUrl service = QUrl(QStringLiteral("https://api.github.com")));
 
-    /// The release's tag, or nothing on any failure. Nothing is retried.
-    Task<std::optional<QString>> fetch();
+    /// The release's tag, or nothing on any failure and when stopped. Nothing is retried.
+    Task<std::optional<QString>> fetch(StopToken stop = {});
 
   private:
     QNetworkAccessManager &m_network;

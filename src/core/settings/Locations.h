@@ -17,6 +17,8 @@ struct Locations {
     bool readLoginShell = true;
     /// Folders where applications are installed.
     QStringList applicationFolders;
+    /// Whether services outside this machine may be asked.
+    bool asksTheNet = true;
     /// Added to the window title; empty for the person's own Homebrew.
     QString titleSuffix = {};
 

@@ -85,10 +85,13 @@ InventoryQueries::InventoryQueries(BrewService &brew, Preferences &preferences, 
     , m_logger(logger)
     , m_atOnce(std::max(2, QThread::idealThreadCount())) {}
 
-Task<Result<ShellResult>> InventoryQueries::ask(QStringList arguments, StopToken stop) {
-    const auto permit = co_await m_atOnce.acquire(stop);
-    if (!permit)
-        co_return std::unexpected(BrewError::stopped());
+Task<Result<ShellResult>> InventoryQueries::ask(QStringList arguments, StopToken stop, Cost cost) {
+    std::optional<FairSemaphore::Permit> permit;
+    if (cost == Cost::Ordinary) {
+        permit = co_await m_atOnce.acquire(stop);
+        if (!permit)
+            co_return std::unexpected(BrewError::stopped());
+    }
     auto result = co_await m_brew.execute(
         {.arguments = std::move(arguments), .suppressAutoUpdate = true, .stop = std::move(stop)});
     if (!result)
@@ -98,8 +101,8 @@ Task<Result<ShellResult>> InventoryQueries::ask(QStringList arguments, StopToken
     co_return std::move(*result);
 }
 
-Task<Result<QStringList>> InventoryQueries::askForNames(QStringList arguments, StopToken stop) {
-    const auto answer = co_await ask(std::move(arguments), std::move(stop));
+Task<Result<QStringList>> InventoryQueries::askForNames(QStringList arguments, StopToken stop, Cost cost) {
+    const auto answer = co_await ask(std::move(arguments), std::move(stop), cost);
     if (!answer)
         co_return std::unexpected(answer.error());
     QStringList names;
@@ -192,7 +195,7 @@ Task<Result<QList<BrewServiceInfo>>> InventoryQueries::services(StopToken stop) 
 }
 
 Task<Result<QList<TapInfo>>> InventoryQueries::taps(StopToken stop) {
-    const auto names = co_await askForNames({QStringLiteral("tap")}, stop);
+    const auto names = co_await askForNames({QStringLiteral("tap")}, stop, Cost::Quick);
     if (!names)
         co_return std::unexpected(names.error());
     if (names->isEmpty())
@@ -281,7 +284,7 @@ Task<Result<QStringList>> InventoryQueries::searchKind(QString kind, QString tex
 }
 
 Task<Result<QString>> InventoryQueries::homebrewPrefix(StopToken stop) {
-    const auto answer = co_await ask({QStringLiteral("--prefix")}, std::move(stop));
+    const auto answer = co_await ask({QStringLiteral("--prefix")}, std::move(stop), Cost::Quick);
     co_return answer ? Result<QString>(answer->standardOutput().trimmed()) : std::unexpected(answer.error());
 }
 

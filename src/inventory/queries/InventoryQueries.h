@@ -50,8 +50,10 @@ class InventoryQueries {
     Task<Result<QString>> homebrewPrefix(StopToken stop = {});
 
   private:
-    Task<Result<ShellResult>> ask(QStringList arguments, StopToken stop);
-    Task<Result<QStringList>> askForNames(QStringList arguments, StopToken stop);
+    /// Quick: brew answers from its launcher script within milliseconds and needs no core of its own.
+    enum class Cost { Ordinary, Quick };
+    Task<Result<ShellResult>> ask(QStringList arguments, StopToken stop, Cost cost = Cost::Ordinary);
+    Task<Result<QStringList>> askForNames(QStringList arguments, StopToken stop, Cost cost = Cost::Ordinary);
     Task<Result<QStringList>> searchKind(QString kind, QString text, StopToken stop);
     void logDropped(const QStringList &failures);
 

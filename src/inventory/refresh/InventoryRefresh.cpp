@@ -77,7 +77,7 @@ Task<> InventoryRefresh::runOnce(StopToken stop) {
     begin();
     // Tasks start at once: all of these are under way before the first is awaited.
     Task<bool> loads[] = {loadFormulae(stop), loadCasks(stop),    loadOutdated(stop), loadLeaves(stop),
-                          loadPinned(stop),   loadServices(stop), loadTaps(stop)};
+                          loadPinned(stop),   loadServices(stop), loadTaps(stop),     loadPrefix(stop)};
     for (Task<bool> &load : loads)
         co_await load;
     finish();
@@ -217,16 +217,24 @@ Task<bool> InventoryRefresh::loadTaps(StopToken stop) {
     co_return true;
 }
 
-Task<> InventoryRefresh::enrichCasks(StopToken stop) {
-    QString prefix = m_state.value().brewPrefix.value_or(QString());
-    if (prefix.isEmpty()) {
-        prefix = (co_await m_queries.homebrewPrefix(std::move(stop))).value_or(QString());
-        if (prefix.isEmpty())
-            co_return;
+Task<bool> InventoryRefresh::loadPrefix(StopToken stop) {
+    if (m_state.value().brewPrefix)
+        co_return true;
+    const auto prefix = co_await m_queries.homebrewPrefix(std::move(stop));
+    if (!prefix) {
+        noteFailure(QStringLiteral("[Larkspur] Failed to load prefix: "), prefix.error());
+        co_return false;
     }
+    m_state.update([&](Inventory &inventory) { inventory.brewPrefix = *prefix; });
+    co_return true;
+}
+
+Task<> InventoryRefresh::enrichCasks(StopToken stop) {
+    const QString prefix = m_state.value().brewPrefix.value_or(QString());
+    if (prefix.isEmpty() || stop.stop_requested())
+        co_return;
     const auto facts = co_await m_enrichment.read(prefix, m_state.value().installedCasks);
     m_state.update([&](Inventory &inventory) {
-        inventory.brewPrefix = prefix;
         inventory.hasEnrichedCaskVersions = true;
         for (Cask &cask : inventory.installedCasks) {
             const CaskFacts known = facts.value(cask.token);

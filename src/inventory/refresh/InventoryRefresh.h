@@ -38,6 +38,7 @@ class InventoryRefresh : public QObject {
     Task<bool> loadPinned(StopToken stop);
     Task<bool> loadServices(StopToken stop);
     Task<bool> loadTaps(StopToken stop);
+    Task<bool> loadPrefix(StopToken stop);
     Task<> enrichCasks(StopToken stop);
     void begin();
     void finish();

@@ -3,6 +3,7 @@
 #include "core/async/TaskScope.h"
 #include "core/errors/AppError.h"
 #include "inventory/queries/InventoryQueries.h"
+#include "inventory/records/Caveats.h"
 #include "inventory/state/InventoryState.h"
 #include "ui/details/DependencyTree.h"
 #include "ui/models/PackageTableModel.h"
@@ -234,7 +235,7 @@ void PackageDetails::showFormula(const Formula &formula) {
     addDependencies(formula);
     if (formula.caveats) {
         addSection(tr("Caveats"));
-        addText(formula.caveats->trimmed());
+        addText(caveatsText(*formula.caveats, m_inventory.value().brewPrefix.value_or(QString())));
     }
 }
 
@@ -287,7 +288,7 @@ void PackageDetails::showCask(const Cask &cask) {
     addLink(tr("Download"), cask.url);
     if (cask.caveats) {
         addSection(tr("Caveats"));
-        addText(cask.caveats->trimmed());
+        addText(caveatsText(*cask.caveats, m_inventory.value().brewPrefix.value_or(QString())));
     }
 }
 

@@ -23,12 +23,14 @@ class OutputView : public QPlainTextEdit {
   private:
     void take(const OutputChange &change);
     void flush();
+    void takeBack(QTextCursor &cursor);
     QTextCharFormat formatFor(const QString &line) const;
 
     QMetaObject::Connection m_source;
     QTimer m_flushTimer;
     int m_replaces = 0;    ///< lines already shown that the pending ones replace
     QStringList m_pending; ///< lines that are not shown yet
+    bool m_startsAnew = false;
 };
 
 } // namespace larkspur::ui
