@@ -85,8 +85,8 @@ std::expected<CommandArguments, QString> parseArguments(const CommandShape &shap
     return arguments;
 }
 
-Task<ExitStatus> runCommandLine(Larkspur &larkspur, const Terminal &terminal, QStringList words,
-                                StopToken stop) {
+Task<ExitStatus> runCommandLine(CommandContext context, QStringList words) {
+    const Terminal &terminal = context.terminal;
     const CommandRegistry registry;
     const QString name = words.isEmpty() ? QStringLiteral("help") : words.takeFirst();
     if (name == QLatin1String("help") || name == QLatin1String("--help")) {
@@ -116,7 +116,7 @@ Task<ExitStatus> runCommandLine(Larkspur &larkspur, const Terminal &terminal, QS
         terminal.error(registry.help(*command).section(QLatin1Char('\n'), 0, 0));
         co_return ExitStatus::WrongUsage;
     }
-    co_return co_await command->run({larkspur, terminal, std::move(stop)}, *arguments);
+    co_return co_await command->run(std::move(context), *arguments);
 }
 
 } // namespace larkspur::cli

@@ -26,7 +26,6 @@ class CommandRegistry {
 std::expected<CommandArguments, QString> parseArguments(const CommandShape &shape, const QStringList &words);
 
 /// Finds and runs the command that the words name, help included.
-Task<ExitStatus> runCommandLine(Larkspur &larkspur, const Terminal &terminal, QStringList words,
-                                StopToken stop);
+Task<ExitStatus> runCommandLine(CommandContext context, QStringList words);
 
 } // namespace larkspur::cli

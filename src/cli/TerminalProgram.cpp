@@ -11,8 +11,9 @@ namespace larkspur::cli {
 
 namespace {
 
-Task<> runAndQuit(Larkspur &larkspur, const Terminal &terminal, QStringList words, StopToken stop) {
-    const ExitStatus status = co_await runCommandLine(larkspur, terminal, std::move(words), std::move(stop));
+Task<> runAndQuit(CommandContext context, QStringList words) {
+    Larkspur &larkspur = context.larkspur;
+    const ExitStatus status = co_await runCommandLine(std::move(context), std::move(words));
     QObject::connect(&larkspur, &Larkspur::drained, QCoreApplication::instance(),
                      [status] { QCoreApplication::exit(static_cast<int>(status)); });
     larkspur.shutDown();
@@ -35,7 +36,7 @@ int runTerminalProgram(int argc, char *argv[], const LaunchOptions &options) {
     // begins.
     QTimer::singleShot(0, &larkspur, [&] {
         [[maybe_unused]] const auto running =
-            runAndQuit(larkspur, terminal, options.commandWords, stop.get_token());
+            runAndQuit({larkspur, terminal, stop.get_token()}, options.commandWords);
     });
     return QCoreApplication::exec();
 }
