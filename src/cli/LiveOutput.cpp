@@ -1,6 +1,7 @@
 #include "cli/LiveOutput.h"
 
 #include "cli/Terminal.h"
+#include "core/output/TerminalReader.h"
 
 #include <algorithm>
 
@@ -12,11 +13,25 @@ LiveOutput::LiveOutput(const Terminal &terminal)
 void LiveOutput::receive(const OutputChange &change) {
     clearBar();
     QString text;
-    if (change.replaces > 0 && m_terminal.isInteractive())
-        text = QStringLiteral("\u001B[%1A\r\u001B[J").arg(change.replaces);
-    for (const QString &line : change.lines)
-        text += (m_terminal.isInteractive() ? line.left(m_terminal.width() - 1) : line) + QLatin1Char('\n');
+    if (const int rows = takeBack(change.replaces); rows > 0 && m_terminal.isInteractive())
+        text = QStringLiteral("\u001B[%1A\r\u001B[J").arg(rows);
+    const int width = m_terminal.width();
+    for (const QString &line : change.lines) {
+        text += line + QLatin1Char('\n');
+        m_rows.push_back(1 + static_cast<int>(std::max<qsizetype>(0, line.size() - 1) / width));
+    }
+    while (m_rows.size() > TerminalReader::screenRows)
+        m_rows.pop_front();
     m_terminal.raw(text);
+}
+
+int LiveOutput::takeBack(int lines) {
+    int rows = 0;
+    for (int i = 0; i < lines && !m_rows.empty(); ++i) {
+        rows += m_rows.back();
+        m_rows.pop_back();
+    }
+    return rows;
 }
 
 void LiveOutput::showProgress(const OperationProgress &progress) {

@@ -3,6 +3,8 @@
 #include "core/output/OperationProgress.h"
 #include "core/output/OutputSink.h"
 
+#include <deque>
+
 namespace larkspur::cli {
 
 class Terminal;
@@ -24,9 +26,11 @@ class LiveOutput final : public OutputSink {
 
   private:
     void drawBar(const QString &text);
+    int takeBack(int lines);
 
     const Terminal &m_terminal;
     QString m_bar;
+    std::deque<int> m_rows; ///< screen rows that each of the last lines takes
 };
 
 /// A bar for a row of `width` characters, such as "heron  [#####-----]  45%".

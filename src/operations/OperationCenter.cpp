@@ -36,6 +36,10 @@ Task<> OperationCenter::perform(OperationRun *run) {
         if (run)
             run->noteSilence(silence);
     };
+    context.onPackage = [run = QPointer(run)](const QString &name, int done, int total) {
+        if (run)
+            run->notePackage(name, done, total);
+    };
     const auto begin = [this, run] {
         run->begin();
         Q_EMIT packagesWillChange();

@@ -1,5 +1,7 @@
 #include "operations/OperationRun.h"
 
+#include "core/brew/PackageName.h"
+
 #include <QPointer>
 
 namespace larkspur {
@@ -21,8 +23,7 @@ class OperationRun::Sink final : public OutputSink {
 OperationRun::OperationRun(OperationRequest request, QObject *parent)
     : QObject(parent)
     , m_request(std::move(request))
-    , m_progress(m_request.expectedSteps ? m_request.expectedSteps
-                                         : std::optional(static_cast<int>(m_request.packages.size()))) {}
+    , m_progress(m_request.expectedSteps) {}
 
 void OperationRun::stop() {
     if (!isRunning() || m_stop.stop_requested())
@@ -50,6 +51,11 @@ void OperationRun::receive(const OutputChange &change) {
 
 void OperationRun::noteSilence(std::chrono::seconds silence) {
     m_silence = silence;
+    Q_EMIT changed();
+}
+
+void OperationRun::notePackage(const QString &name, int done, int total) {
+    m_progress.beginPackage(shortName(name), done, total);
     Q_EMIT changed();
 }
 

@@ -45,6 +45,7 @@ class OperationRun : public QObject {
     OutputSinkPtr sink();
     void begin();
     void noteSilence(std::chrono::seconds silence);
+    void notePackage(const QString &name, int done, int total);
     void finish(std::optional<BrewError> failure);
 
   Q_SIGNALS:

@@ -49,9 +49,12 @@ Task<Result<OperationReport>> PackageOperations::performBatch(BrewSession sessio
                                                               OperationContext context) {
     OperationReport report;
     const bool isBatch = request.packages.size() > 1;
-    for (const PackageTarget &package : request.packages) {
+    for (qsizetype i = 0; i < request.packages.size(); ++i) {
+        const PackageTarget package = request.packages[i];
         if (isBatch && context.output)
             context.output->addLine(announcement(request.kind) + package.name);
+        if (isBatch && context.onPackage)
+            context.onPackage(package.name, static_cast<int>(i), static_cast<int>(request.packages.size()));
         const auto result = co_await session.stream({.arguments = brewArguments(request.kind, package)},
                                                     context, streamStyle(request.kind));
         if (!result)

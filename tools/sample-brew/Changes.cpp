@@ -177,7 +177,12 @@ Selection selectUpgrades(Brew &brew, const Arguments &arguments) {
         if (arguments.has("--cask") || !isMeant(formula.name, formula.fullName()) ||
             (isAll && !brew.isTrusted(formula.tap)))
             continue;
-        if (!brew.isOutdated(formula)) {
+        if (!brew.isInstalled(formula)) {
+            if (!isAll) {
+                brew.screen.error(formula.fullName() + QStringLiteral(" not installed"));
+                selection.status = 1;
+            }
+        } else if (!brew.isOutdated(formula)) {
             if (!isAll)
                 brew.screen.warning(
                     QStringLiteral("%1 %2 already installed").arg(formula.fullName(), formula.version));

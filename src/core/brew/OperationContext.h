@@ -3,6 +3,8 @@
 #include "core/async/Task.h"
 #include "core/output/OutputSink.h"
 
+#include <QString>
+
 #include <chrono>
 #include <functional>
 
@@ -14,6 +16,8 @@ struct OperationContext {
     OutputSinkPtr output;
     StopToken stop = {};
     std::function<void(std::chrono::seconds)> onSilence = {};
+    /// Called when the next package of a batch begins: its name, how many lie behind, how many there are.
+    std::function<void(const QString &, int, int)> onPackage = {};
     /// Whether redraws of progress are welcome; a pipe to another program wants lines that stay.
     bool wantsRedraws = true;
 };

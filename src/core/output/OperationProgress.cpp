@@ -81,6 +81,19 @@ void OperationProgress::apply(const OutputChange &change) {
     updateFraction(stepped, downloaded);
 }
 
+void OperationProgress::beginPackage(const QString &name, int done, int total) {
+    *this = OperationProgress();
+    m_currentItem = name;
+    m_packagesDone = done;
+    m_packages = total;
+}
+
+std::optional<double> OperationProgress::fraction() const {
+    if (m_packages == 0)
+        return m_fraction;
+    return (m_packagesDone + m_fraction.value_or(0)) / m_packages;
+}
+
 void OperationProgress::readHeader(const QString &line) {
     if (line.startsWith(QLatin1String("==> Fetching downloads for: ")))
         m_downloads.clear();

@@ -19,12 +19,19 @@ class OperationProgress {
 
     void apply(const OutputChange &change);
 
+    /// The next package of a batch begins; `done` of `total` lie behind. From now on the fraction is the
+    /// batch's.
+    void beginPackage(const QString &name, int done, int total);
+
     /// Name of the package being worked on.
     std::optional<QString> currentItem() const { return m_currentItem; }
     /// 0 to 1; nothing while it cannot be told.
-    std::optional<double> fraction() const { return m_fraction; }
-    int stepCount() const { return m_steps; }
-    std::optional<int> totalSteps() const { return m_totalSteps; }
+    std::optional<double> fraction() const;
+    /// Packages begun so far, and how many there will be where that is known.
+    int stepCount() const { return m_packages > 0 ? m_packagesDone + 1 : m_steps; }
+    std::optional<int> totalSteps() const {
+        return m_packages > 0 ? std::optional(m_packages) : m_totalSteps;
+    }
     bool hasSeenDownloadPercentage() const { return m_hasSeenPercentage; }
 
   private:
@@ -39,7 +46,9 @@ class OperationProgress {
 
     std::optional<int> m_totalSteps;
     std::optional<QString> m_currentItem;
-    std::optional<double> m_fraction;
+    std::optional<double> m_fraction; ///< of the package, in a batch
+    int m_packagesDone = 0;
+    int m_packages = 0; ///< zero: no batch
     int m_steps = 0;
     bool m_hasSeenPercentage = false;
     QHash<QString, Download> m_downloads;

@@ -50,6 +50,19 @@ class OperationProgressTest : public QObject {
         QCOMPARE(progress.currentItem().value(), "b");
     }
 
+    void inABatchThePackagesCount() {
+        OperationProgress progress;
+        progress.beginPackage("a", 0, 4);
+        QCOMPARE(progress.fraction().value(), 0.0);
+        progress.apply({0, {"==> Upgrading a", "## 50%"}, false});
+        QCOMPARE(progress.fraction().value(), 0.125);
+        progress.beginPackage("b", 1, 4);
+        QCOMPARE(progress.fraction().value(), 0.25);
+        QCOMPARE(progress.currentItem().value(), "b");
+        QCOMPARE(progress.stepCount(), 2);
+        QCOMPARE(progress.totalSteps().value(), 4);
+    }
+
     void unknownTotalShowsNoFraction() {
         OperationProgress progress;
         progress.apply(OutputChange::line("==> Installing a"));
