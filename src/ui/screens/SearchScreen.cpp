@@ -70,6 +70,7 @@ SearchScreen::SearchScreen(Services services)
                     services.queries, services.operations, services.tasks)
     , m_services(services) {
     table()->model().setMarksInstalled(true);
+    table()->model().setMarksUpdates(false); // the version column shows them
     table()->model().keepGivenOrder();
     m_pause.setSingleShot(true);
     m_pause.setInterval(pauseBeforeAsking);
