@@ -2,26 +2,58 @@
 
 namespace larkspur {
 
-QStringList brewArguments(OperationKind kind, const PackageTarget &package) {
-    const QString cask = QStringLiteral("--cask");
-    const QString formula = QStringLiteral("--formula");
-    switch (kind) {
+namespace {
+
+QStringList words(const QString &command, const PackageTarget &package) {
+    return package.isCask ? QStringList{command, QStringLiteral("--cask"), package.name}
+                          : QStringList{command, package.name};
+}
+
+QStringList installWords(const OperationRequest &request, const PackageTarget &package) {
+    QStringList all = words(QStringLiteral("install"), package);
+    if (package.isCask && request.force)
+        all.insert(all.size() - 1, QStringLiteral("--force"));
+    if (package.isCask && request.adopt)
+        all.insert(2, QStringLiteral("--adopt"));
+    return all;
+}
+
+} // namespace
+
+QStringList brewArguments(const OperationRequest &request, const PackageTarget &package) {
+    switch (request.kind) {
     case OperationKind::Install:
-        return package.isCask ? QStringList{QStringLiteral("install"), cask, package.name}
-                              : QStringList{QStringLiteral("install"), package.name};
+        return installWords(request, package);
     case OperationKind::Upgrade:
-        return {QStringLiteral("upgrade"), package.isCask ? cask : formula, package.name};
+        return {QStringLiteral("upgrade"),
+                package.isCask ? QStringLiteral("--cask") : QStringLiteral("--formula"), package.name};
     case OperationKind::UpgradeAll:
         return {QStringLiteral("upgrade")};
+    case OperationKind::Reinstall:
+        return words(QStringLiteral("reinstall"), package);
     case OperationKind::Uninstall:
-        return package.isCask ? QStringList{QStringLiteral("uninstall"), cask, package.name}
-                              : QStringList{QStringLiteral("uninstall"), package.name};
+        return words(QStringLiteral("uninstall"), package);
+    case OperationKind::Pin:
+        return words(QStringLiteral("pin"), package);
+    case OperationKind::Unpin:
+        return words(QStringLiteral("unpin"), package);
     }
     return {};
 }
 
 BrewSession::Style streamStyle(OperationKind kind) {
-    return kind == OperationKind::Uninstall ? BrewSession::Style::Plain : BrewSession::Style::Terminal;
+    switch (kind) {
+    case OperationKind::Install:
+    case OperationKind::Upgrade:
+    case OperationKind::UpgradeAll:
+    case OperationKind::Reinstall:
+        return BrewSession::Style::Terminal;
+    case OperationKind::Uninstall:
+    case OperationKind::Pin:
+    case OperationKind::Unpin:
+        break;
+    }
+    return BrewSession::Style::Plain;
 }
 
 } // namespace larkspur

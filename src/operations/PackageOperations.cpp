@@ -9,23 +9,15 @@ namespace larkspur {
 
 namespace {
 
-QString announcement(OperationKind kind) {
-    switch (kind) {
-    case OperationKind::Install:
-        return QStringLiteral("==> Installing ");
-    case OperationKind::Upgrade:
-    case OperationKind::UpgradeAll:
-        return QStringLiteral("==> Upgrading ");
-    case OperationKind::Uninstall:
-        return QStringLiteral("==> Uninstalling ");
-    }
-    return {};
-}
-
 /// How each package of a batch removal ended, for the eyes of a person: Homebrew itself says little there.
 QString removalLine(const PackageTarget &package, const ShellResult &result) {
     return result.exitCode == 0 ? QStringLiteral("Successfully uninstalled ") + package.name
                                 : QStringLiteral("Error uninstalling ") + package.name;
+}
+
+bool refusesAdoptWithForce(const ShellResult &result) {
+    return result.exitCode != 0 && result.combinedOutput().contains(
+                                       QLatin1String("Options --adopt and --force are mutually exclusive"));
 }
 
 } // namespace
@@ -52,11 +44,21 @@ Task<Result<OperationReport>> PackageOperations::performBatch(BrewSession sessio
     for (qsizetype i = 0; i < request.packages.size(); ++i) {
         const PackageTarget package = request.packages[i];
         if (isBatch && context.output)
-            context.output->addLine(announcement(request.kind) + package.name);
+            context.output->addLine(
+                QStringLiteral("==> %1 %2").arg(operationVerb(request.kind), package.name));
         if (isBatch && context.onPackage)
             context.onPackage(package.name, static_cast<int>(i), static_cast<int>(request.packages.size()));
-        const auto result = co_await session.stream({.arguments = brewArguments(request.kind, package)},
-                                                    context, streamStyle(request.kind));
+        auto result = co_await session.stream({.arguments = brewArguments(request, package)}, context,
+                                              streamStyle(request.kind));
+        if (result && refusesAdoptWithForce(*result)) {
+            OperationRequest forced = request;
+            forced.adopt = false;
+            if (context.output)
+                context.output->addLine(QStringLiteral("==> This Homebrew does not adopt and force at once. "
+                                                       "Retrying with --force…"));
+            result = co_await session.stream({.arguments = brewArguments(forced, package)}, context,
+                                             streamStyle(request.kind));
+        }
         if (!result)
             co_return std::unexpected(result.error());
         report.failedPackages += result->exitCode == 0 ? 0 : 1;

@@ -1,5 +1,6 @@
 #include "operations/PackageCommands.h"
 #include "operations/PackageOperations.h"
+#include "operations/Verdict.h"
 #include "tests/support/BrewWorld.h"
 
 #include <QTest>
@@ -31,6 +32,10 @@ class PackageOperationsTest : public QObject {
         row(OperationKind::Install, true, "install --cask x");
         row(OperationKind::Upgrade, false, "upgrade --formula x");
         row(OperationKind::Upgrade, true, "upgrade --cask x");
+        row(OperationKind::Reinstall, false, "reinstall x");
+        row(OperationKind::Reinstall, true, "reinstall --cask x");
+        row(OperationKind::Pin, false, "pin x");
+        row(OperationKind::Unpin, true, "unpin --cask x");
         row(OperationKind::Uninstall, false, "uninstall x");
         row(OperationKind::Uninstall, true, "uninstall --cask x");
     }
@@ -42,8 +47,29 @@ class PackageOperationsTest : public QObject {
         world.shell.answer(line, {});
         QVERIFY(world.perform(static_cast<OperationKind>(kind), {{"x", isCask}}));
         QCOMPARE(world.shell.commandLines(), QStringList{line});
-        const bool downloads = static_cast<OperationKind>(kind) != OperationKind::Uninstall;
+        const bool downloads = !QStringList({"uninstall", "pin", "unpin"}).contains(line.section(' ', 0, 0));
         QCOMPARE(world.shell.commands().first().mode, downloads ? RunMode::Terminal : RunMode::Stream);
+    }
+
+    void installFlagsAreForCasks() {
+        OperationRequest request{.kind = OperationKind::Install, .adopt = true, .force = true};
+        QCOMPARE(brewArguments(request, {"x", true}),
+                 QStringList({"install", "--cask", "--adopt", "--force", "x"}));
+        QCOMPARE(brewArguments(request, {"x", false}), QStringList({"install", "x"}));
+        request.adopt = false;
+        QCOMPARE(brewArguments(request, {"x", true}), QStringList({"install", "--cask", "--force", "x"}));
+    }
+
+    void adoptAndForceFallBackToForce() {
+        World world;
+        world.shell.answer("install --cask --adopt --force x", {}, 1,
+                           "Error: Invalid usage: Options --adopt and --force are mutually exclusive.\n");
+        world.shell.answer("install --cask --force x", "was successfully installed!\n");
+        const auto report = await(world.operations.perform(
+            {.kind = OperationKind::Install, .packages = {{"x", true}}, .adopt = true, .force = true},
+            {.output = world.sink}));
+        QCOMPARE(report->failedPackages, 0);
+        QVERIFY(outcomeOf(world.sink->lines()) == OperationOutcome::Succeeded);
     }
 
     void upgradeOfAllIsOneCommand() {

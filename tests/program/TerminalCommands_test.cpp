@@ -70,6 +70,16 @@ class TerminalCommandsTest : public QObject {
         QVERIFY(refused.output.contains("Refusing to uninstall"));
     }
 
+    void pinsAndReinstalls() {
+        QCOMPARE(m_program.run({"pin", "tern"}).status, 0);
+        QVERIFY(m_program.run({"pinned"}).output.contains("tern"));
+        QCOMPARE(m_program.run({"unpin", "tern"}).status, 0);
+        QVERIFY(!m_program.run({"pinned"}).output.contains("tern"));
+        QCOMPARE(m_program.run({"reinstall", "tern"}).status, 0);
+        QCOMPARE(m_program.run({"reinstall", "--cask", "tidepool"}).status, 0);
+        QVERIFY(QDir(m_program.path("Applications/Tidepool.app")).exists());
+    }
+
     void aBuildThatFailsWithoutAWordIsAFailure() {
         const auto outcome = m_program.run({"upgrade", "hearthbuild"});
         QCOMPARE(outcome.status, 1);

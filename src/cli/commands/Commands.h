@@ -22,7 +22,10 @@ std::unique_ptr<Command> makeDepsCommand();
 std::unique_ptr<Command> makeSizesCommand();
 std::unique_ptr<Command> makeRefreshCommand();
 std::unique_ptr<Command> makeInstallCommand();
+std::unique_ptr<Command> makeReinstallCommand();
 std::unique_ptr<Command> makeUninstallCommand();
+std::unique_ptr<Command> makePinCommand();
+std::unique_ptr<Command> makeUnpinCommand();
 std::unique_ptr<Command> makeUpgradeCommand();
 std::unique_ptr<Command> makeLogCommand();
 

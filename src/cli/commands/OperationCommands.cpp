@@ -2,6 +2,7 @@
 #include "cli/LiveOutput.h"
 #include "cli/commands/Commands.h"
 #include "core/brew/PackageName.h"
+#include "operations/FailureSummary.h"
 
 #include <algorithm>
 
@@ -24,6 +25,14 @@ QString outcomeLine(const OperationRun &run) {
         break;
     }
     return QStringLiteral("Failed: %1.").arg(run.title());
+}
+
+/// What the output of a failed operation comes down to, and what to do about it.
+void printReason(const Terminal &terminal, const OperationRun &run) {
+    const FailureSummary summary = summarizeFailure(run.request(), run.transcript().lines());
+    for (const QString &text : {summary.text, summary.suggestion, summary.commandToCopy})
+        if (!text.isEmpty())
+            terminal.error(text);
 }
 
 /// Starts the operation, prints its output, and waits for its end.
@@ -49,9 +58,11 @@ Task<ExitStatus> perform(CommandContext context, OperationRequest request) {
     center.start(run);
     co_await ended;
     output->clearBar();
-    if (run->outcome() == OperationOutcome::Failed)
+    if (run->outcome() == OperationOutcome::Failed) {
         context.terminal.error(outcomeLine(*run));
-    else
+        if (!run->wasStopped())
+            printReason(context.terminal, *run);
+    } else
         context.terminal.line(outcomeLine(*run));
     const ExitStatus status = run->failure() ? statusFor(*run->failure()) : statusFor(run->outcome());
     co_return status;
@@ -68,31 +79,44 @@ class InstallCommand final : public Command {
   public:
     CommandShape shape() const override {
         return {.name = QStringLiteral("install"),
-                .synopsis = QStringLiteral("NAME… [--cask]"),
+                .synopsis = QStringLiteral("NAME… [--cask [--adopt] [--force]]"),
                 .summary = QStringLiteral("Installs formulae, or casks with --cask."),
-                .options = {cask},
+                .options = {cask, QStringLiteral("--adopt"), QStringLiteral("--force")},
                 .fewestNames = 1,
                 .mostNames = -1};
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        co_return co_await perform(context, {.kind = OperationKind::Install, .packages = targets(arguments)});
+        co_return co_await perform(context, {.kind = OperationKind::Install,
+                                             .packages = targets(arguments),
+                                             .adopt = arguments.has("--adopt"),
+                                             .force = arguments.has("--force")});
     }
 };
 
-class UninstallCommand final : public Command {
+/// Commands that do one thing to every package that is named.
+class PlainCommand final : public Command {
   public:
+    PlainCommand(QString name, QString summary, OperationKind kind)
+        : m_name(std::move(name))
+        , m_summary(std::move(summary))
+        , m_kind(kind) {}
+
     CommandShape shape() const override {
-        return {.name = QStringLiteral("uninstall"),
+        return {.name = m_name,
                 .synopsis = QStringLiteral("NAME… [--cask]"),
-                .summary = QStringLiteral("Removes formulae, or casks with --cask."),
+                .summary = m_summary,
                 .options = {cask},
                 .fewestNames = 1,
                 .mostNames = -1};
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        co_return co_await perform(context,
-                                   {.kind = OperationKind::Uninstall, .packages = targets(arguments)});
+        co_return co_await perform(context, {.kind = m_kind, .packages = targets(arguments)});
     }
+
+  private:
+    QString m_name;
+    QString m_summary;
+    OperationKind m_kind;
 };
 
 class UpgradeCommand final : public Command {
@@ -145,8 +169,26 @@ std::unique_ptr<Command> makeInstallCommand() {
     return std::make_unique<InstallCommand>();
 }
 
+std::unique_ptr<Command> makeReinstallCommand() {
+    return std::make_unique<PlainCommand>(QStringLiteral("reinstall"),
+                                          QStringLiteral("Installs packages again, in their newest version."),
+                                          OperationKind::Reinstall);
+}
+
 std::unique_ptr<Command> makeUninstallCommand() {
-    return std::make_unique<UninstallCommand>();
+    return std::make_unique<PlainCommand>(QStringLiteral("uninstall"),
+                                          QStringLiteral("Removes formulae, or casks with --cask."),
+                                          OperationKind::Uninstall);
+}
+
+std::unique_ptr<Command> makePinCommand() {
+    return std::make_unique<PlainCommand>(
+        QStringLiteral("pin"), QStringLiteral("Holds packages at their version."), OperationKind::Pin);
+}
+
+std::unique_ptr<Command> makeUnpinCommand() {
+    return std::make_unique<PlainCommand>(
+        QStringLiteral("unpin"), QStringLiteral("Lets packages be upgraded again."), OperationKind::Unpin);
 }
 
 std::unique_ptr<Command> makeUpgradeCommand() {

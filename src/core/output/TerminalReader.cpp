@@ -16,6 +16,11 @@ int firstNumber(const QString &parameters, int fallback) {
     return isNumber ? number : fallback;
 }
 
+/// Sandboxed builds write a NUL to their terminal, whose echo may stand in front of the next line.
+QString withoutEchoedNul(const QString &line) {
+    return line.startsWith(QLatin1String("^@")) ? line.mid(2) : line;
+}
+
 } // namespace
 
 OutputChange TerminalReader::feed(QByteArrayView bytes) {
@@ -199,7 +204,7 @@ OutputChange TerminalReader::publish() {
             row->published = !isBlankEnd;
             row->changed = false;
             if (row->published)
-                change.lines.append(row->text);
+                change.lines.append(withoutEchoedNul(row->text));
         }
         change.lastLineOpen = m_rows.back().published && !m_rows.back().ended;
     }

@@ -1,5 +1,6 @@
 #include "ui/operation/OperationPanel.h"
 
+#include "operations/FailureSummary.h"
 #include "operations/OperationCenter.h"
 #include "ui/operation/OutputView.h"
 #include "ui/theme/Icons.h"
@@ -38,6 +39,7 @@ OperationPanel::OperationPanel(OperationCenter &operations, QWidget *parent)
     , m_stop(new QPushButton(icon(QStringLiteral("stop")), tr("Stop"), this))
     , m_toggle(new QToolButton(this))
     , m_dismiss(new QToolButton(this))
+    , m_summary(new QLabel(this))
     , m_output(new OutputView(this)) {
     QFont bold = m_title->font();
     bold.setWeight(QFont::DemiBold);
@@ -55,6 +57,11 @@ OperationPanel::OperationPanel(OperationCenter &operations, QWidget *parent)
     m_dismiss->setText(tr("Dismiss"));
     m_dismiss->setAccessibleName(tr("Dismiss the finished operation"));
     m_output->hide();
+    m_summary->hide();
+    m_summary->setWordWrap(true);
+    m_summary->setTextFormat(Qt::PlainText);
+    m_summary->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_summary->setContentsMargins(46, 0, 14, 10);
 
     auto *texts = new QHBoxLayout;
     texts->addWidget(m_title);
@@ -74,6 +81,7 @@ OperationPanel::OperationPanel(OperationCenter &operations, QWidget *parent)
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(0);
     layout->addLayout(row);
+    layout->addWidget(m_summary);
     layout->addWidget(m_output, 1);
     setFrameShape(QFrame::NoFrame);
 
@@ -130,6 +138,7 @@ void OperationPanel::update() {
     m_stop->setEnabled(!m_run->isStopping());
     m_bar->setVisible(m_run->isRunning());
     m_dismiss->setVisible(!m_run->isRunning());
+    m_summary->hide();
     if (m_run->isRunning())
         updateRunning();
     else
@@ -167,13 +176,22 @@ void OperationPanel::updateFinished() {
     if (m_run->wasStopped())
         m_detail->setText(tr("Stopped. The operation may be incomplete."));
     else if (m_run->outcome() == OperationOutcome::Failed)
-        m_detail->setText(tr("Failed. The output tells why."));
+        showFailure();
     else if (m_run->outcome() == OperationOutcome::CompletedWithWarnings)
         m_detail->setText(tr("Completed with warnings"));
     else
         m_detail->setText(tr("Done"));
     if (m_run->outcome() == OperationOutcome::Failed && !m_run->wasStopped())
         setOutputVisible(true);
+}
+
+void OperationPanel::showFailure() {
+    m_detail->setText(tr("Failed"));
+    const FailureSummary summary = summarizeFailure(m_run->request(), m_run->transcript().lines());
+    QStringList parts{summary.text, summary.suggestion, summary.commandToCopy};
+    parts.removeAll(QString());
+    m_summary->setText(parts.join(QStringLiteral("\n\n")));
+    m_summary->show();
 }
 
 } // namespace larkspur::ui

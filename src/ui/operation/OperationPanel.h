@@ -32,6 +32,7 @@ class OperationPanel : public QFrame {
     void update();
     void updateRunning();
     void updateFinished();
+    void showFailure();
 
     OperationCenter &m_operations;
     OperationRun *m_run = nullptr;
@@ -42,6 +43,7 @@ class OperationPanel : public QFrame {
     QPushButton *m_stop;
     QToolButton *m_toggle;
     QToolButton *m_dismiss;
+    QLabel *m_summary; ///< of a failed operation
     OutputView *m_output;
     QTimer m_updateTimer;
 };

@@ -54,6 +54,16 @@ void PackageActions::upgradeAll(int outdated) {
     m_operations.start({.kind = OperationKind::UpgradeAll, .expectedSteps = outdated});
 }
 
+void PackageActions::reinstall(const QList<PackageRow> &rows) {
+    if (!rows.isEmpty())
+        m_operations.start(request(OperationKind::Reinstall, rows));
+}
+
+void PackageActions::setPinned(const QList<PackageRow> &rows, bool pinned) {
+    if (!rows.isEmpty())
+        m_operations.start(request(pinned ? OperationKind::Pin : OperationKind::Unpin, rows));
+}
+
 void PackageActions::uninstall(const QList<PackageRow> &rows, QWidget *window) {
     if (rows.isEmpty())
         return;
@@ -88,10 +98,21 @@ void PackageActions::fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidge
     if (!available.isEmpty())
         menu->addAction(icon(QStringLiteral("install")), counted(tr("Install"), available), this,
                         [this, available] { install(available); });
-    if (!installed.isEmpty())
+    if (!installed.isEmpty()) {
+        const auto pinned = those(installed, [](const PackageRow &row) { return row.pinned; });
+        const auto free = those(installed, [](const PackageRow &row) { return !row.pinned; });
+        menu->addAction(icon(QStringLiteral("refresh")), counted(tr("Reinstall"), installed), this,
+                        [this, installed] { reinstall(installed); });
+        if (!free.isEmpty())
+            menu->addAction(icon(QStringLiteral("pinned")), counted(tr("Pin"), free), this,
+                            [this, free] { setPinned(free, true); });
+        if (!pinned.isEmpty())
+            menu->addAction(icon(QStringLiteral("pinned")), counted(tr("Unpin"), pinned), this,
+                            [this, pinned] { setPinned(pinned, false); });
         menu->addAction(icon(QStringLiteral("uninstall")),
                         counted(tr("Uninstall"), installed) + QStringLiteral("…"), this,
                         [this, installed, window] { uninstall(installed, window); });
+    }
     menu->addSeparator();
     QStringList names;
     for (const PackageRow &row : rows)

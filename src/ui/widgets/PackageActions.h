@@ -23,6 +23,8 @@ class PackageActions : public QObject {
     void upgrade(const QList<PackageRow> &rows);
     /// `outdated`: how many packages that will be.
     void upgradeAll(int outdated);
+    void reinstall(const QList<PackageRow> &rows);
+    void setPinned(const QList<PackageRow> &rows, bool pinned);
     void uninstall(const QList<PackageRow> &rows, QWidget *window);
 
     /// Fills a menu with what fits all or some of the rows.

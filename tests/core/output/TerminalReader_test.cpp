@@ -47,6 +47,7 @@ class TerminalReaderTest : public QObject {
         row("titles and other strings vanish", "\033]0;brew\007text\033]8;;http://x\033\\link\r\n",
             {"textlink"});
         row("NUL, bell and backspace", QByteArray("\0==> a\007bx\bc\r\n", 11), {"==> abc"});
+        row("a NUL that the terminal echoed", "^@==> Caveats\r\na^@b\r\n", {"==> Caveats", "a^@b"});
         row("characters of several bytes", "🍺  ✔︎ done ⠋\r\n", {"🍺  ✔︎ done ⠋"});
         row("bytes that are no text",
             "a\xff\xfe"

@@ -1,0 +1,83 @@
+#include "operations/FailureSummary.h"
+
+#include "core/errors/AppError.h"
+
+namespace larkspur {
+
+namespace {
+
+QString namesOf(const OperationRequest &request) {
+    QStringList names;
+    for (const PackageTarget &package : request.packages)
+        names.append(package.name);
+    return names.join(QStringLiteral(", "));
+}
+
+FailureSummary rolledBack(const OperationRequest &request) {
+    const bool isOne = request.packages.size() == 1;
+    const QString names = request.packages.isEmpty() ? QStringLiteral("a package") : namesOf(request);
+    const QString verb =
+        isOne || request.packages.isEmpty() ? QStringLiteral(" was") : QStringLiteral(" were");
+    return {QStringLiteral("Upgrade rolled back: ") + names + verb +
+                QStringLiteral(" restored to the previous version."),
+            QStringLiteral("Homebrew hit an error mid-upgrade, so no changes were kept.")};
+}
+
+FailureSummary needsAdministrator(const OperationRequest &request) {
+    if (request.kind == OperationKind::Upgrade && !request.packages.isEmpty())
+        return {QStringLiteral("This operation requires administrator privileges to upgrade ") +
+                    namesOf(request) + QLatin1Char('.'),
+                {}};
+    return {QStringLiteral("This operation requires administrator privileges."), {}};
+}
+
+FailureSummary needsLicence() {
+    return {
+        QStringLiteral(
+            "This package asks you to accept its license terms, which can't be answered here. To accept "
+            "them, copy the command, run it in Terminal, then quit and reopen Larkspur (⌘Q) and try again."),
+        {},
+        QStringLiteral("echo 'export HOMEBREW_ACCEPT_EULA=Y' >> ~/.zshrc")};
+}
+
+/// The lines that name a reason, for the classification and as the text of what no rule knows.
+QString reasons(const QStringList &output) {
+    QStringList lines;
+    for (const QString &line : output)
+        if (line.contains(QLatin1String("error:"), Qt::CaseInsensitive) ||
+            line.contains(QLatin1String("fatal:"), Qt::CaseInsensitive))
+            lines.append(line);
+    return lines.isEmpty() ? output.join(QLatin1Char('\n')) : lines.join(QLatin1Char('\n'));
+}
+
+} // namespace
+
+bool isAppManagementBlock(const QString &output) {
+    return output.contains(QLatin1String("apply2files")) &&
+           (output.contains(QLatin1String("Permission denied")) ||
+            output.contains(QLatin1String("Operation not permitted")));
+}
+
+FailureSummary summarizeFailure(const OperationRequest &request, const QStringList &output) {
+    const QString text = output.join(QLatin1Char('\n'));
+    const auto contains = [&text](const char *phrase) {
+        return text.contains(QLatin1String(phrase), Qt::CaseInsensitive);
+    };
+    if (contains("Reverting upgrade for"))
+        return rolledBack(request);
+    if (isAppManagementBlock(text))
+        return {QStringLiteral(
+                    "macOS blocked Larkspur from modifying this app. Grant Larkspur \"App Management\" "
+                    "permission in System Settings → Privacy & Security → App Management, then quit and "
+                    "reopen Larkspur and try again."),
+                {}};
+    if (contains("password is required") || contains("permission denied") ||
+        contains("administrator privileges"))
+        return needsAdministrator(request);
+    if (contains("accept the license terms") || contains("homebrew_accept_eula"))
+        return needsLicence();
+    const AppError error{AppError::Kind::CommandFailed, reasons(output)};
+    return {error.message(), error.recoverySuggestion()};
+}
+
+} // namespace larkspur

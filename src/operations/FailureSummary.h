@@ -1,0 +1,21 @@
+#pragma once
+
+#include "operations/OperationRequest.h"
+
+#include <QStringList>
+
+namespace larkspur {
+
+/// What a person needs to know of a failed operation, above its output.
+struct FailureSummary {
+    QString text;
+    QString suggestion;         ///< what to do about it; may be empty
+    QString commandToCopy = {}; ///< a command line to run in a terminal; may be empty
+};
+
+FailureSummary summarizeFailure(const OperationRequest &request, const QStringList &output);
+
+/// True when macOS has refused to let the program change another application.
+bool isAppManagementBlock(const QString &output);
+
+} // namespace larkspur
