@@ -18,12 +18,15 @@ const QString jsonV2 = QStringLiteral("--json=v2");
 const QString cask = QStringLiteral("--cask");
 const QString formula = QStringLiteral("--formula");
 
-/// Records decoded in the background, with a line for each element that was left out.
 template <typename T>
-struct WithFailures {
-    T value;
-    QStringList failures;
-};
+using WithFailures = InventoryQueries::WithFailures<T>;
+
+template <typename Record>
+Decoded<WithFailures<QList<Record>>> withFailures(Decoded<LossyArray<Record>> list) {
+    if (!list)
+        return std::unexpected(list.error());
+    return WithFailures<QList<Record>>{std::move(list->elements), std::move(list->failures)};
+}
 
 template <typename Record, typename Wire, typename Convert>
 QList<Record> converted(const QList<Wire> &wire, Convert convert) {
@@ -112,9 +115,15 @@ Task<Result<QStringList>> InventoryQueries::askForNames(QStringList arguments, S
     co_return names;
 }
 
-void InventoryQueries::logDropped(const QStringList &failures) {
-    for (const QString &failure : failures)
+template <typename T>
+Result<T> InventoryQueries::checked(Decoded<WithFailures<T>> decoded, const QString &logPrefix) {
+    if (!decoded) {
+        m_logger.error(logPrefix + decoded.error().description());
+        return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
+    }
+    for (const QString &failure : decoded->failures)
         m_logger.error(QStringLiteral("[Larkspur] An entry of Homebrew's answer was left out: ") + failure);
+    return std::move(decoded->value);
 }
 
 Task<Result<QList<Formula>>> InventoryQueries::installedFormulae(StopToken stop) {
@@ -124,13 +133,8 @@ Task<Result<QList<Formula>>> InventoryQueries::installedFormulae(StopToken stop)
         co_return std::unexpected(answer.error());
     auto decoded =
         co_await runInWorker([bytes = std::move(answer->outputBytes)] { return formulaeOf(bytes); });
-    if (!decoded) {
-        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getInstalledFormulae: ") +
-                       decoded.error().description());
-        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
-    }
-    logDropped(decoded->failures);
-    co_return std::move(decoded->value);
+    co_return checked(std::move(decoded),
+                      QStringLiteral("[Larkspur] JSON decoding error in getInstalledFormulae: "));
 }
 
 Task<Result<QList<Cask>>> InventoryQueries::installedCasks(StopToken stop) {
@@ -141,13 +145,8 @@ Task<Result<QList<Cask>>> InventoryQueries::installedCasks(StopToken stop) {
     if (!answer)
         co_return std::unexpected(answer.error());
     auto decoded = co_await runInWorker([bytes = std::move(answer->outputBytes)] { return casksOf(bytes); });
-    if (!decoded) {
-        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getInstalledCasks: ") +
-                       decoded.error().description());
-        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
-    }
-    logDropped(decoded->failures);
-    co_return std::move(decoded->value);
+    co_return checked(std::move(decoded),
+                      QStringLiteral("[Larkspur] JSON decoding error in getInstalledCasks: "));
 }
 
 Task<Result<QList<OutdatedPackage>>> InventoryQueries::outdated(StopToken stop) {
@@ -158,12 +157,7 @@ Task<Result<QList<OutdatedPackage>>> InventoryQueries::outdated(StopToken stop) 
     if (!answer)
         co_return std::unexpected(answer.error());
     auto decoded = outdatedOf(answer->outputBytes);
-    if (!decoded) {
-        m_logger.error(QStringLiteral("brew outdated JSON decode failed: ") + decoded.error().description());
-        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
-    }
-    logDropped(decoded->failures);
-    co_return std::move(decoded->value);
+    co_return checked(std::move(decoded), QStringLiteral("brew outdated JSON decode failed: "));
 }
 
 Task<Result<QSet<QString>>> InventoryQueries::leaves(StopToken stop) {
@@ -185,13 +179,8 @@ Task<Result<QList<BrewServiceInfo>>> InventoryQueries::services(StopToken stop) 
     if (answer->outputBytes.trimmed().isEmpty())
         co_return QList<BrewServiceInfo>();
     auto decoded = decodeServices(answer->outputBytes);
-    if (!decoded) {
-        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getServices: ") +
-                       decoded.error().description());
-        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
-    }
-    logDropped(decoded->failures);
-    co_return std::move(decoded->elements);
+    co_return checked(withFailures(std::move(decoded)),
+                      QStringLiteral("[Larkspur] JSON decoding error in getServices: "));
 }
 
 Task<Result<QList<TapInfo>>> InventoryQueries::taps(StopToken stop) {
@@ -205,13 +194,8 @@ Task<Result<QList<TapInfo>>> InventoryQueries::taps(StopToken stop) {
     if (!answer)
         co_return std::unexpected(answer.error());
     auto decoded = decodeTaps(answer->outputBytes);
-    if (!decoded) {
-        m_logger.error(QStringLiteral("[Larkspur] JSON decoding error in getTaps: ") +
-                       decoded.error().description());
-        co_return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
-    }
-    logDropped(decoded->failures);
-    co_return std::move(decoded->elements);
+    co_return checked(withFailures(std::move(decoded)),
+                      QStringLiteral("[Larkspur] JSON decoding error in getTaps: "));
 }
 
 Task<Result<TrustState>> InventoryQueries::trust(StopToken stop) {

@@ -49,13 +49,22 @@ class InventoryQueries {
     Task<Result<SearchHits>> search(QString text, StopToken stop = {});
     Task<Result<QString>> homebrewPrefix(StopToken stop = {});
 
+    /// What was decoded, with a line for each element that was left out.
+    template <typename T>
+    struct WithFailures {
+        T value;
+        QStringList failures;
+    };
+
   private:
     /// Quick: brew answers from its launcher script within milliseconds and needs no core of its own.
     enum class Cost { Ordinary, Quick };
     Task<Result<ShellResult>> ask(QStringList arguments, StopToken stop, Cost cost = Cost::Ordinary);
     Task<Result<QStringList>> askForNames(QStringList arguments, StopToken stop, Cost cost = Cost::Ordinary);
     Task<Result<QStringList>> searchKind(QString kind, QString text, StopToken stop);
-    void logDropped(const QStringList &failures);
+    /// The decoded value; what failed is logged.
+    template <typename T>
+    Result<T> checked(Decoded<WithFailures<T>> decoded, const QString &logPrefix);
 
     BrewService &m_brew;
     Preferences &m_preferences;

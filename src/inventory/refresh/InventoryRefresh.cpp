@@ -73,11 +73,30 @@ Task<> InventoryRefresh::refresh(StopToken stop) {
     }
 }
 
+template <typename List>
+Task<bool> InventoryRefresh::load(Task<Result<List>> query, QString what, List Inventory::*into) {
+    auto list = co_await query;
+    if (!list) {
+        noteFailure(QStringLiteral("[Larkspur] Failed to load %1: ").arg(what), list.error());
+        co_return false;
+    }
+    m_state.update([&](Inventory &inventory) { inventory.*into = std::move(*list); });
+    co_return true;
+}
+
 Task<> InventoryRefresh::runOnce(StopToken stop) {
     begin();
     // Tasks start at once: all of these are under way before the first is awaited.
-    Task<bool> loads[] = {loadFormulae(stop), loadCasks(stop),    loadOutdated(stop), loadLeaves(stop),
-                          loadPinned(stop),   loadServices(stop), loadTaps(stop),     loadPrefix(stop)};
+    Task<bool> loads[] = {
+        loadFormulae(stop),
+        loadCasks(stop),
+        loadOutdated(stop),
+        load(m_queries.leaves(stop), QStringLiteral("leaves"), &Inventory::leafPackages),
+        load(m_queries.pinned(stop), QStringLiteral("pinned"), &Inventory::pinnedPackages),
+        load(m_queries.services(stop), QStringLiteral("services"), &Inventory::services),
+        loadTaps(stop),
+        loadPrefix(stop),
+    };
     for (Task<bool> &load : loads)
         co_await load;
     finish();
@@ -160,36 +179,6 @@ Task<bool> InventoryRefresh::loadOutdated(StopToken stop) {
     if (generation == m_cacheGeneration)
         m_cache.saveOutdated(*outdated);
     m_state.update([&](Inventory &inventory) { inventory.outdatedPackages = std::move(*outdated); });
-    co_return true;
-}
-
-Task<bool> InventoryRefresh::loadLeaves(StopToken stop) {
-    auto leaves = co_await m_queries.leaves(std::move(stop));
-    if (!leaves) {
-        noteFailure(QStringLiteral("[Larkspur] Failed to load leaves: "), leaves.error());
-        co_return false;
-    }
-    m_state.update([&](Inventory &inventory) { inventory.leafPackages = std::move(*leaves); });
-    co_return true;
-}
-
-Task<bool> InventoryRefresh::loadPinned(StopToken stop) {
-    auto pinned = co_await m_queries.pinned(std::move(stop));
-    if (!pinned) {
-        noteFailure(QStringLiteral("[Larkspur] Failed to load pinned: "), pinned.error());
-        co_return false;
-    }
-    m_state.update([&](Inventory &inventory) { inventory.pinnedPackages = std::move(*pinned); });
-    co_return true;
-}
-
-Task<bool> InventoryRefresh::loadServices(StopToken stop) {
-    auto services = co_await m_queries.services(std::move(stop));
-    if (!services) {
-        noteFailure(QStringLiteral("[Larkspur] Failed to load services: "), services.error());
-        co_return false;
-    }
-    m_state.update([&](Inventory &inventory) { inventory.services = std::move(*services); });
     co_return true;
 }
 

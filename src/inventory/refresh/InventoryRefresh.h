@@ -34,9 +34,9 @@ class InventoryRefresh : public QObject {
     Task<bool> loadFormulae(StopToken stop);
     Task<bool> loadCasks(StopToken stop);
     Task<bool> loadOutdated(StopToken stop);
-    Task<bool> loadLeaves(StopToken stop);
-    Task<bool> loadPinned(StopToken stop);
-    Task<bool> loadServices(StopToken stop);
+    /// Lists that are simply replaced.
+    template <typename List>
+    Task<bool> load(Task<Result<List>> query, QString what, List Inventory::*into);
     Task<bool> loadTaps(StopToken stop);
     Task<bool> loadPrefix(StopToken stop);
     Task<> enrichCasks(StopToken stop);

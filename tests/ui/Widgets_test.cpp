@@ -1,0 +1,122 @@
+#include "inventory/state/DependencyGraph.h"
+#include "operations/OperationRun.h"
+#include "tests/support/Await.h"
+#include "ui/ScreenRegistry.h"
+#include "ui/Sidebar.h"
+#include "ui/details/DependencyTree.h"
+#include "ui/operation/OutputView.h"
+#include "ui/theme/Colours.h"
+#include "ui/theme/Icons.h"
+
+#include <QApplication>
+#include <QSignalSpy>
+#include <QTest>
+
+using namespace larkspur;
+using namespace larkspur::test;
+using namespace larkspur::ui;
+
+class WidgetsTest : public QObject {
+    Q_OBJECT
+
+    static QColor middleOf(const QIcon &icon, QIcon::Mode mode) {
+        const QImage image = icon.pixmap(QSize(48, 48), mode).toImage();
+        for (int x = 0; x < 48; ++x)
+            for (int y = 0; y < 48; ++y)
+                if (image.pixelColor(x, y).alpha() == 255)
+                    return image.pixelColor(x, y);
+        return {};
+    }
+
+  private Q_SLOTS:
+    void outputViewFollowsRedrawsAndStaysBounded() {
+        OperationRun run({.kind = OperationKind::UpgradeAll});
+        OutputView view;
+        view.show();
+        view.follow(&run);
+        const auto sink = run.sink();
+        sink->receive({0, {"a", "10%"}, true});
+        QVERIFY(spinUntil([&] { return view.toPlainText() == "a\n10%"; }));
+        sink->receive({1, {"90%"}, true});
+        sink->receive({1, {"done", "b"}, false});
+        QVERIFY(spinUntil([&] { return view.toPlainText() == "a\ndone\nb"; }));
+        for (int i = 0; i < 20'000; ++i)
+            sink->addLine(QString("line %1").arg(i));
+        QVERIFY(spinUntil([&] { return view.toPlainText().endsWith("line 19999"); }));
+        QVERIFY(view.document()->blockCount() <= 2000);
+        sink->receive({1, {"last"}, false});
+        QVERIFY(spinUntil([&] { return view.toPlainText().endsWith("line 19998\nlast"); }));
+        // A view that comes late shows what was there before.
+        OutputView late;
+        late.follow(&run);
+        QVERIFY(spinUntil([&] { return late.toPlainText().endsWith("line 19998\nlast"); }));
+    }
+
+    void sidebarHidesWhatSimpleModeLeavesOut() {
+        Sidebar sidebar;
+        QSignalSpy chosen(&sidebar, &Sidebar::screenChosen);
+        int visible = 0;
+        const auto count = [&] {
+            visible = 0;
+            for (int i = 0; i < sidebar.topLevelItemCount(); ++i)
+                for (int j = 0; j < sidebar.topLevelItem(i)->childCount(); ++j)
+                    visible +=
+                        sidebar.topLevelItem(i)->isHidden() || sidebar.topLevelItem(i)->child(j)->isHidden()
+                            ? 0
+                            : 1;
+            return visible;
+        };
+        const auto simple = std::ranges::count_if(screenRegistry(), &ScreenEntry::inSimpleMode);
+        QCOMPARE(count(), screenRegistry().size());
+        sidebar.setSimpleMode(true);
+        QCOMPARE(count(), simple);
+        sidebar.setSimpleMode(false);
+        QCOMPARE(count(), screenRegistry().size());
+        sidebar.setCurrentScreen("taps");
+        QCOMPARE(chosen.last().first().toString(), "taps");
+    }
+
+    void everyScreenHasIconAndShortcutOfItsOwn() {
+        QSet<QString> shortcuts;
+        for (const ScreenEntry &entry : screenRegistry()) {
+            QVERIFY2(QFile::exists(":/icons/" + entry.icon + ".svg"), qPrintable(entry.icon));
+            shortcuts.insert(entry.shortcut.toString());
+        }
+        QCOMPARE(shortcuts.size(), screenRegistry().size());
+    }
+
+    void iconsTakeThePalettesColours() {
+        const QPalette before = QApplication::palette();
+        const QIcon picture = icon("stop");
+        QApplication::setPalette(darkPalette());
+        QCOMPARE(middleOf(picture, QIcon::Normal), darkPalette().color(QPalette::WindowText));
+        QCOMPARE(middleOf(picture, QIcon::Selected), darkPalette().color(QPalette::HighlightedText));
+        QVERIFY(isDark(QApplication::palette()));
+        QApplication::setPalette(before);
+        QCOMPARE(middleOf(picture, QIcon::Normal), before.color(QPalette::WindowText));
+    }
+
+    void textStaysReadable() {
+        for (const QPalette &palette : {QApplication::palette(), darkPalette()})
+            for (const Tone tone : {Tone::Neutral, Tone::Good, Tone::Attention, Tone::Bad}) {
+                const int contrast =
+                    std::abs(toneColour(tone, palette).lightness() - toneGround(tone, palette).lightness());
+                QVERIFY2(contrast > 60, qPrintable(QString::number(contrast)));
+            }
+    }
+
+    void dependencyTreeGrowsWithItsRows() {
+        const DependencyNode root{"r", "r", {{"t/a/x", "x", {{"y", "y", {}}}}, {"z", "z", {}}}};
+        DependencyTree tree(root);
+        tree.show();
+        QSignalSpy requested(&tree, &DependencyTree::packageRequested);
+        const int closed = tree.sizeHint().height();
+        tree.topLevelItem(0)->setExpanded(true);
+        QVERIFY(tree.sizeHint().height() > closed);
+        Q_EMIT tree.itemActivated(tree.topLevelItem(0), 0);
+        QCOMPARE(requested.first().first().toString(), "x"); // the short name
+    }
+};
+
+QTEST_MAIN(WidgetsTest)
+#include "Widgets_test.moc"
