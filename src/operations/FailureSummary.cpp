@@ -46,7 +46,7 @@ QString reasons(const QStringList &output) {
     for (const QString &line : output)
         if (line.contains(QLatin1String("error:"), Qt::CaseInsensitive) ||
             line.contains(QLatin1String("fatal:"), Qt::CaseInsensitive))
-            lines.append(line);
+            lines.append(line.startsWith(QLatin1String("==> ")) ? line.mid(4) : line);
     return lines.isEmpty() ? output.join(QLatin1Char('\n')) : lines.join(QLatin1Char('\n'));
 }
 

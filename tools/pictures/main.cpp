@@ -40,6 +40,23 @@ void typeInto(ui::MainWindow &window, const QString &text) {
             screen->filterField()->setText(text);
 }
 
+/// A machine with a thousand formulae whose authors like to explain.
+void fillWithLongTexts(Inventory &inventory) {
+    for (int i = 0; i < 1000; ++i) {
+        Formula formula;
+        formula.name = QStringLiteral("a-formula-with-quite-a-long-name-%1").arg(i);
+        formula.fullName = QStringLiteral("somebody/tools-for-everything/") + formula.name;
+        formula.version = QStringLiteral("2026.11.22-snapshot-%1_3").arg(i);
+        formula.description =
+            QStringLiteral("Does one thing, and that thoroughly, at length, in every format. ").repeated(3);
+        formula.caveats =
+            QStringLiteral("Remember to read the manual before the first start.\n").repeated(40);
+        formula.license =
+            QStringLiteral("Apache-2.0 OR MIT OR GPL-3.0-or-later WITH Classpath-exception-2.0");
+        inventory.installedFormulae.append(formula);
+    }
+}
+
 std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
     return {
         {QStringLiteral("updates"), 2500, [&] { selectRow(window, 6); }},
@@ -84,6 +101,26 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
         {QStringLiteral("upgrade-output"), 9000,
          [&] { window.findChild<ui::OperationPanel *>()->setOutputVisible(true); }},
         {QStringLiteral("upgrade-stopped"), 3000, [&] { larkspur.operations().stopAll(); }},
+        {QStringLiteral("upgrade-failed"), 9000,
+         [&] {
+             larkspur.operations().start(
+                 {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("hearthbuild"), false}}});
+         }},
+        {QStringLiteral("thousand-rows"), 500,
+         [&] {
+             window.showScreen(QStringLiteral("formulae"));
+             larkspur.inventory().update(fillWithLongTexts);
+             for (auto *box : window.findChildren<QComboBox *>())
+                 if (box->isVisible()) {
+                     box->setCurrentIndex(0);
+                     Q_EMIT box->activated(0);
+                 }
+             QTimer::singleShot(200, &window, [&] { selectRow(window, 1); });
+         }},
+        {QStringLiteral("xcode-setup"), 300,
+         [&] {
+             larkspur.inventory().update([](Inventory &inventory) { inventory.needsXcodeSetup = true; });
+         }},
     };
 }
 

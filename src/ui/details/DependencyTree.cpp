@@ -46,8 +46,8 @@ DependencyTree::DependencyTree(const DependencyNode &root, QWidget *parent)
 QSize DependencyTree::sizeHint() const {
     constexpr int mostRows = 14;
     const int rows = std::min(mostRows, openRows(invisibleRootItem()));
-    const int height = topLevelItemCount() == 0 ? 0 : visualItemRect(topLevelItem(0)).height();
-    return {200, rows * std::max(height, fontMetrics().height() + 4) + 4};
+    const int height = topLevelItemCount() == 0 ? 0 : sizeHintForRow(0);
+    return {200, rows * height + 4};
 }
 
 } // namespace larkspur::ui

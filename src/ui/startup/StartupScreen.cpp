@@ -116,6 +116,7 @@ void StartupScreen::show(const QString &title, const QString &text, const QStrin
     m_title->setText(title);
     m_text->setText(text);
     m_text->setVisible(!text.isEmpty());
+    m_text->setFixedHeight(m_text->heightForWidth(m_text->width())); // a centred label is not asked for it
     clear(m_commands);
     for (const QString &command : commands)
         m_commands->addWidget(commandRow(command));

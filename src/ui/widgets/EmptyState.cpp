@@ -6,6 +6,12 @@
 
 namespace larkspur::ui {
 
+namespace {
+
+constexpr int textWidth = 260;
+
+} // namespace
+
 EmptyState::EmptyState(QWidget *parent)
     : QWidget(parent)
     , m_picture(new QLabel(this))
@@ -17,8 +23,7 @@ EmptyState::EmptyState(QWidget *parent)
     font.setWeight(QFont::DemiBold);
     m_title->setFont(font);
     m_text->setWordWrap(true);
-    m_text->setMaximumWidth(420);
-    m_text->setMinimumWidth(260);
+    m_text->setFixedWidth(textWidth);
     for (QLabel *label : {m_picture, m_title, m_text})
         label->setAlignment(Qt::AlignCenter);
     auto *layout = new QVBoxLayout(this);
@@ -35,6 +40,7 @@ void EmptyState::show(const QString &iconName, const QString &title, const QStri
     m_picture->setPixmap(icon(iconName).pixmap(QSize(48, 48), QIcon::Disabled));
     m_title->setText(title);
     m_text->setText(text);
+    m_text->setFixedHeight(m_text->heightForWidth(textWidth)); // a centred label is not asked for it
     m_action->setText(action);
     m_action->setVisible(!action.isEmpty());
 }
