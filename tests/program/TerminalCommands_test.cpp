@@ -38,6 +38,14 @@ class TerminalCommandsTest : public QObject {
         QCOMPARE(m_program.run({"pinned"}).output, "kelp\n");
         QVERIFY(m_program.run({"leaves"}).output.contains("cobweb\n"));
         QVERIFY(m_program.run({"services", "--json"}).json().array().size() >= 5);
+        QCOMPARE(m_program.run({"services", "meadowdb", "--json"})
+                     .json()
+                     .array()
+                     .first()
+                     .toObject()["status"]
+                     .toString(),
+                 "running");
+        QVERIFY(m_program.run({"services", "nosuch"}).errors.contains("Could not find service"));
         QCOMPARE(m_program.run({"taps", "--json"}).json().array().size(), 4);
     }
 

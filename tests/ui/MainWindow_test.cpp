@@ -3,6 +3,7 @@
 #include "ui/MainWindow.h"
 #include "ui/Screen.h"
 #include "ui/ScreenRegistry.h"
+#include "ui/details/PackageDetails.h"
 #include "ui/operation/OperationPanel.h"
 #include "ui/operation/OutputView.h"
 #include "ui/settings/SettingsDialog.h"
@@ -130,6 +131,13 @@ class MainWindowTest : public QObject {
         table->select({"heron", false});
         QTRY_VERIFY(world.shows("Patient HTTP client that retries politely"));
         QVERIFY(world.shows("cobweb")); // a dependent
+        // A refresh that changes nothing leaves selection and details as they are.
+        auto *details = world.visible<ui::PackageDetails>();
+        const QWidget *pane = details->widget();
+        await(world.larkspur->refresh().refresh());
+        QTest::qWait(50);
+        QCOMPARE(details->widget(), pane);
+        QCOMPARE(table->selectedRows().size(), 1);
         world.visible<ui::Screen>()->filterField()->setText("no such package");
         QTRY_VERIFY(world.shows("Nothing Found"));
         world.visible<ui::Screen>()->filterField()->clear();

@@ -12,13 +12,16 @@ class ServicesCommand final : public Command {
   public:
     CommandShape shape() const override {
         return {.name = QStringLiteral("services"),
-                .synopsis = QStringLiteral("[--json]"),
-                .summary = QStringLiteral("Lists the background services and how they are."),
-                .options = {json}};
+                .synopsis = QStringLiteral("[NAME] [--json]"),
+                .summary = QStringLiteral("Lists the background services, or one of them, and how they are."),
+                .options = {json},
+                .fewestNames = 0,
+                .mostNames = 1};
     }
 
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        const auto services = co_await context.larkspur.queries().services(context.stop);
+        const auto services =
+            co_await ask(&context.larkspur.queries(), arguments.names.value(0), context.stop);
         if (!services) {
             context.terminal.error(services.error());
             co_return statusFor(services.error());
@@ -34,6 +37,14 @@ class ServicesCommand final : public Command {
         if (rows.isEmpty())
             context.terminal.line(QStringLiteral("No services available"));
         co_return ExitStatus::Done;
+    }
+
+  private:
+    static Task<Result<QList<BrewServiceInfo>>> ask(InventoryQueries *queries, QString name, StopToken stop) {
+        if (name.isEmpty())
+            co_return co_await queries->services(std::move(stop));
+        const auto one = co_await queries->service(std::move(name), std::move(stop));
+        co_return one ? Result<QList<BrewServiceInfo>>(QList{*one}) : std::unexpected(one.error());
     }
 };
 

@@ -10,6 +10,8 @@
 
 #include <QThread>
 
+#include <algorithm>
+
 namespace larkspur {
 
 namespace {
@@ -181,6 +183,16 @@ Task<Result<QList<BrewServiceInfo>>> InventoryQueries::services(StopToken stop) 
     auto decoded = decodeServices(answer->outputBytes);
     co_return checked(withFailures(std::move(decoded)),
                       QStringLiteral("[Larkspur] JSON decoding error in getServices: "));
+}
+
+Task<Result<BrewServiceInfo>> InventoryQueries::service(QString name, StopToken stop) {
+    const auto list = co_await services(std::move(stop));
+    if (!list)
+        co_return std::unexpected(list.error());
+    const auto found = std::ranges::find(*list, shortName(name), &BrewServiceInfo::name);
+    if (found == list->end())
+        co_return std::unexpected(BrewError::serviceControlFailed(QStringLiteral("Could not find service")));
+    co_return BrewServiceInfo(*found);
 }
 
 Task<Result<QList<TapInfo>>> InventoryQueries::taps(StopToken stop) {

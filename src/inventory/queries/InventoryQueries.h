@@ -39,6 +39,8 @@ class InventoryQueries {
     /// Short names of pinned packages of both kinds.
     Task<Result<QSet<QString>>> pinned(StopToken stop = {});
     Task<Result<QList<BrewServiceInfo>>> services(StopToken stop = {});
+    /// One of them by name; a name that is not in the list is a failure of its own kind.
+    Task<Result<BrewServiceInfo>> service(QString name, StopToken stop = {});
     Task<Result<QList<TapInfo>>> taps(StopToken stop = {});
     /// Fails where this Homebrew has no such command: the trust state is then unknown.
     Task<Result<TrustState>> trust(StopToken stop = {});

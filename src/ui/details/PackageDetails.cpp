@@ -94,30 +94,41 @@ void PackageDetails::askHomebrew(const PackageRow &row) {
                   }));
 }
 
+PackageDetails::Content PackageDetails::content() const {
+    Content content{m_row, m_asked, {}, m_inventory.value().brewPrefix.value_or(QString()), m_problem};
+    if (!m_row)
+        return content;
+    const Inventory &inventory = m_inventory.value();
+    if (const Cask *cask = m_row->id.isCask ? inventory.cask(m_row->fullName) : nullptr)
+        content.package = *cask;
+    if (const Formula *formula = m_row->id.isCask ? nullptr : inventory.formula(m_row->fullName))
+        content.package = *formula;
+    if (!m_row->id.isCask)
+        content.dependents = DependencyGraph(inventory.installedFormulae).dependents(m_row->id.name);
+    return content;
+}
+
 void PackageDetails::rebuild() {
-    auto *content = new QWidget;
-    m_layout = new QVBoxLayout(content);
+    Content now = content();
+    if (m_shown == now)
+        return;
+    m_shown = std::move(now);
+    auto *pane = new QWidget;
+    m_layout = new QVBoxLayout(pane);
     m_layout->setContentsMargins(18, 16, 18, 16);
     m_layout->setSpacing(8);
-    const Inventory &inventory = m_inventory.value();
-    const Formula *formula = m_row && !m_row->id.isCask ? inventory.formula(m_row->fullName) : nullptr;
-    const Cask *cask = m_row && m_row->id.isCask ? inventory.cask(m_row->fullName) : nullptr;
-    if (!m_row)
+    if (!m_row) {
         showNothing();
-    else if (formula)
-        showFormula(*formula);
-    else if (cask)
-        showCask(*cask);
-    else if (m_asked && std::holds_alternative<Formula>(*m_asked))
-        showFormula(std::get<Formula>(*m_asked));
-    else if (m_asked)
-        showCask(std::get<Cask>(*m_asked));
-    else {
+    } else if (!m_shown->package) {
         addHeading(m_row->title, {}, m_problem.isEmpty() ? tr("Asking Homebrew…") : m_problem);
         addButtons();
+    } else if (const Formula *formula = std::get_if<Formula>(&*m_shown->package)) {
+        showFormula(*formula);
+    } else {
+        showCask(std::get<Cask>(*m_shown->package));
     }
     m_layout->addStretch(1);
-    setWidget(content);
+    setWidget(pane);
 }
 
 void PackageDetails::showNothing() {
@@ -235,20 +246,20 @@ void PackageDetails::showFormula(const Formula &formula) {
     addDependencies(formula);
     if (formula.caveats) {
         addSection(tr("Caveats"));
-        addText(caveatsText(*formula.caveats, m_inventory.value().brewPrefix.value_or(QString())));
+        addText(caveatsText(*formula.caveats, m_shown->brewPrefix));
     }
 }
 
 void PackageDetails::addDependencies(const Formula &formula) {
-    const DependencyGraph graph(m_inventory.value().installedFormulae);
     if (!formula.dependencies.isEmpty()) {
+        const DependencyGraph graph(m_inventory.value().installedFormulae);
         addSection(tr("Needs"));
         auto *tree = new DependencyTree(graph.tree(formula));
         connect(tree, &DependencyTree::packageRequested, this,
                 [this](const QString &name) { Q_EMIT packageRequested({name, false}); });
         m_layout->addWidget(tree);
     }
-    const QStringList dependents = graph.dependents(formula.name);
+    const QStringList &dependents = m_shown->dependents;
     if (dependents.isEmpty())
         return;
     addSection(tr("Needed by"));
@@ -288,7 +299,7 @@ void PackageDetails::showCask(const Cask &cask) {
     addLink(tr("Download"), cask.url);
     if (cask.caveats) {
         addSection(tr("Caveats"));
-        addText(caveatsText(*cask.caveats, m_inventory.value().brewPrefix.value_or(QString())));
+        addText(caveatsText(*cask.caveats, m_shown->brewPrefix));
     }
 }
 

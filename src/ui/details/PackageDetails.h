@@ -37,6 +37,16 @@ class PackageDetails : public QScrollArea {
     void packageRequested(const larkspur::PackageId &id);
 
   private:
+    /// What the pane is made from; it is rebuilt only when that changes, so that nobody's place is lost.
+    struct Content {
+        std::optional<PackageRow> row;
+        std::optional<Package> package;
+        QStringList dependents;
+        QString brewPrefix;
+        QString problem;
+        bool operator==(const Content &) const = default;
+    };
+    Content content() const;
     void rebuild();
     void showNothing();
     void showFormula(const Formula &formula);
@@ -55,6 +65,7 @@ class PackageDetails : public QScrollArea {
     TaskScope &m_tasks;
     PackageActions &m_actions;
     std::optional<PackageRow> m_row;
+    std::optional<Content> m_shown;
     std::optional<Package> m_asked; ///< the answer for a package that is not installed
     QString m_problem;
     StopSource m_stopAsking;

@@ -21,6 +21,7 @@ struct PackageRow {
 
     PackageTarget target() const { return {fullName, id.isCask}; }
     bool matches(const QString &text) const;
+    bool operator==(const PackageRow &) const = default;
 };
 
 enum class PackageSelection { Formulae, Casks, Outdated, Pinned, Everything };

@@ -16,6 +16,7 @@ class PackageTableModel : public QAbstractTableModel {
     using QAbstractTableModel::QAbstractTableModel;
 
     void setRows(QList<PackageRow> rows);
+    const QList<PackageRow> &allRows() const { return m_all; }
     void setFilter(const QString &text);
     void setOrder(PackageSortOrder order);
     PackageSortOrder order() const { return m_order; }

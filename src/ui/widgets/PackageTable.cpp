@@ -84,6 +84,8 @@ void PackageTable::keepingPlace(Change change) {
 }
 
 void PackageTable::setRows(QList<PackageRow> rows) {
+    if (rows == m_model.allRows() && !rows.isEmpty())
+        return; // a refresh that changed nothing here disturbs nobody
     keepingPlace([&] { m_model.setRows(std::move(rows)); });
     m_view->setColumnHidden(PackageTableModel::SizeColumn, m_model.largestSize() == 0);
 }
