@@ -1,5 +1,7 @@
 #include "operations/OperationCenter.h"
 
+#include "core/async/Worker.h"
+
 #include <QPointer>
 
 #include <algorithm>
@@ -50,7 +52,9 @@ Task<> OperationCenter::perform(OperationRun *run) {
         context.output->addLine(QStringLiteral("==> Stopped. The operation may be incomplete."));
     else if (!report)
         context.output->addLine(QStringLiteral("==> Error: ") + report.error().description());
-    run->finish(report ? std::nullopt : std::optional(report.error()));
+    const OperationOutcome outcome =
+        co_await runInWorker([lines = run->transcript().lines()] { return outcomeOf(lines); });
+    run->finish(report ? std::nullopt : std::optional(report.error()), outcome);
     Q_EMIT finished(run);
 }
 

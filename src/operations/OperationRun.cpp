@@ -59,11 +59,11 @@ void OperationRun::notePackage(const QString &name, int done, int total) {
     Q_EMIT changed();
 }
 
-void OperationRun::finish(std::optional<BrewError> failure) {
+void OperationRun::finish(std::optional<BrewError> failure, OperationOutcome outcome) {
     m_state = State::Finished;
     m_silence = {};
     m_failure = std::move(failure);
-    m_outcome = m_failure ? OperationOutcome::Failed : outcomeOf(m_transcript.lines());
+    m_outcome = m_failure ? OperationOutcome::Failed : outcome;
     Q_EMIT changed();
     Q_EMIT finished();
 }

@@ -46,7 +46,8 @@ class OperationRun : public QObject {
     void begin();
     void noteSilence(std::chrono::seconds silence);
     void notePackage(const QString &name, int done, int total);
-    void finish(std::optional<BrewError> failure);
+    /// `outcome`: judged from the whole transcript, which can be long enough to stall the interface.
+    void finish(std::optional<BrewError> failure, OperationOutcome outcome);
 
   Q_SIGNALS:
     void outputReceived(const larkspur::OutputChange &change);

@@ -36,7 +36,8 @@ class OperationCenterTest : public QObject {
         QCOMPARE(world.center.shown(), first);
         QCOMPARE(changes.count(), 1);
         world.shell.release("upgrade --formula a", "==> Upgrading a\nWarning: odd\n");
-        QVERIFY(spinUntil([&] { return second->state() == OperationRun::State::Running; }));
+        QVERIFY(spinUntil(
+            [&] { return !first->isRunning() && second->state() == OperationRun::State::Running; }));
         QVERIFY(first->outcome() == OperationOutcome::CompletedWithWarnings);
         QCOMPARE(first->progress().currentItem(), "a");
         QCOMPARE(world.center.shown(), second);
