@@ -1,3 +1,4 @@
+#include "core/authorization/AskpassFiles.h"
 #include "core/brew/BrewPathResolver.h"
 #include "core/brew/BrewService.h"
 #include "core/process/ProcessShellExecutor.h"
@@ -33,7 +34,9 @@ struct World {
                                *platform.terminal,
                                fixture.logger};
     BrewPathResolver resolver;
-    BrewService brew{shell, resolver, fixture.logger};
+    OperationLock lock{fixture.path("operation.lock"), fixture.logger};
+    AskpassFiles askpass{fixture.path("askpass.sh"), fixture.path(".secret"), {}};
+    BrewService brew{shell, resolver, lock, askpass};
     InventoryQueries queries{brew, fixture.preferences, fixture.logger};
 
     World()

@@ -1,5 +1,5 @@
 #include "core/output/OperationProgress.h"
-#include "operations/Verdict.h"
+#include "operations/outcome/Verdict.h"
 
 #include <cstdlib>
 

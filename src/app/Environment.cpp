@@ -1,5 +1,6 @@
 #include "app/Environment.h"
 
+#include "core/authorization/SudoPasswordVerifier.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>
@@ -49,9 +50,13 @@ Environment userEnvironment() {
                       QStringLiteral("/Larkspur"),
         .knownBrewPaths = platform.knownBrewPaths,
         .applicationFolders = platform.applicationFolders,
+        .memoryFolder = platform.memoryFolder,
     };
     environment.preferenceStore = std::move(platform.preferenceStore);
     environment.terminal = std::move(platform.terminal);
+    environment.passwordVerifier = std::move(platform.passwordVerifier);
+    environment.passwordStore = std::move(platform.passwordStore);
+    environment.memoryProtection = std::move(platform.memoryProtection);
     return environment;
 }
 
@@ -64,6 +69,7 @@ std::expected<Environment, QString> sampleEnvironment(const QString &folder, boo
         QDir(root + QStringLiteral("/data")).removeRecursively();
     if (const auto prepared = prepareSample(prefix, fresh); !prepared)
         return std::unexpected(prepared.error());
+    Platform platform = makePlatform();
     Environment environment;
     environment.locations = {
         .dataFolder = root + QStringLiteral("/data"),
@@ -72,11 +78,17 @@ std::expected<Environment, QString> sampleEnvironment(const QString &folder, boo
         .readLoginShell = false,
         .applicationFolders = {root + QStringLiteral("/Applications")},
         .asksTheNet = false,
+        .memoryFolder = platform.memoryFolder,
         .titleSuffix = QStringLiteral(" — Sample"),
     };
     environment.preferenceStore =
         std::make_unique<QSettings>(root + QStringLiteral("/data/preferences.ini"), QSettings::IniFormat);
-    environment.terminal = makePlatform().terminal;
+    environment.terminal = std::move(platform.terminal);
+    // The sample has a sudo, a password and an account of its own.
+    environment.passwordVerifier =
+        std::make_unique<SudoPasswordVerifier>(prefix + QStringLiteral("/Library/sample/sudo"));
+    environment.passwordStore = std::make_unique<NullPasswordStore>();
+    environment.memoryProtection = std::move(platform.memoryProtection);
     return environment;
 }
 

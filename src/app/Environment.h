@@ -1,5 +1,8 @@
 #pragma once
 
+#include "core/authorization/MemoryProtection.h"
+#include "core/authorization/PasswordStore.h"
+#include "core/authorization/PasswordVerifier.h"
 #include "core/process/PseudoTerminal.h"
 #include "core/settings/Locations.h"
 
@@ -15,6 +18,9 @@ struct Environment {
     Locations locations;
     std::unique_ptr<QSettings> preferenceStore;
     std::unique_ptr<PseudoTerminal> terminal;
+    std::unique_ptr<PasswordVerifier> passwordVerifier;
+    std::unique_ptr<PasswordStore> passwordStore;
+    std::unique_ptr<MemoryProtection> memoryProtection;
 };
 
 /// The person's own Homebrew and files.

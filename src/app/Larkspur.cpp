@@ -10,7 +10,10 @@ Larkspur::Larkspur(Environment environment)
                .readLoginShell = m_environment.locations.readLoginShell},
               m_preferences, *m_environment.terminal, m_logger)
     , m_resolver(m_environment.locations, m_preferences, m_shell, m_logger)
-    , m_brew(m_shell, m_resolver, m_logger)
+    , m_operationLock(m_environment.locations.operationLock(), m_logger)
+    , m_askpass(m_environment.locations.askpassScript(), m_environment.locations.askpassSecret(),
+                m_environment.locations.memoryFolder)
+    , m_brew(m_shell, m_resolver, m_operationLock, m_askpass)
     , m_queries(m_brew, m_preferences, m_logger)
     , m_cache(m_environment.locations.cacheFolder(), m_logger)
     , m_enrichment(m_environment.locations.applicationFolders)
@@ -20,15 +23,34 @@ Larkspur::Larkspur(Environment environment)
     , m_packageSizes(m_shell, m_queries, m_inventory, m_logger)
     , m_latestRelease(m_network)
     , m_releaseCheck(m_latestRelease, m_inventory, m_environment.locations.asksTheNet)
-    , m_packageOperations(m_brew)
     , m_tasks(m_logger)
-    , m_operations(m_packageOperations, m_tasks) {
+    , m_storedPassword(*m_environment.passwordStore, *m_environment.passwordVerifier, m_preferences)
+    , m_sudoAuth(
+          {*m_environment.passwordVerifier, m_storedPassword, *m_environment.memoryProtection, m_tasks})
+    , m_packageOperations({.brew = m_brew,
+                           .queries = m_queries,
+                           .preferences = m_preferences,
+                           .logger = m_logger,
+                           .movedAsideNote = m_environment.locations.movedAsideNote()})
+    , m_planner(m_brew, m_queries)
+    , m_recovery({.resolver = m_resolver,
+                  .lock = m_operationLock,
+                  .askpass = m_askpass,
+                  .movedAsideNote = m_environment.locations.movedAsideNote(),
+                  .logger = m_logger})
+    , m_operations(m_packageOperations, m_sudoAuth, m_tasks) {
+    if (const auto written = m_askpass.writeScript(); !written)
+        m_logger.error(QStringLiteral("[Larkspur] The askpass script: ") + written.error());
     // Whatever becomes of an operation: no list that it made stale may be shown at the next start.
     connect(&m_operations, &OperationCenter::packagesWillChange, this,
             [this] { m_refresh.invalidateCache(); });
 }
 
 Larkspur::~Larkspur() = default;
+
+void Larkspur::recoverFromCrash() {
+    m_tasks.spawn(QStringLiteral("The recovery after a crash"), m_recovery.run());
+}
 
 void Larkspur::keepInventoryFresh() {
     connect(&m_operations, &OperationCenter::finished, this, [this] {

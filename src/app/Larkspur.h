@@ -2,9 +2,13 @@
 
 #include "app/Environment.h"
 #include "core/async/TaskScope.h"
+#include "core/authorization/AskpassFiles.h"
+#include "core/authorization/StoredPassword.h"
+#include "core/authorization/SudoAuth.h"
 #include "core/brew/BrewPathResolver.h"
 #include "core/brew/BrewService.h"
 #include "core/brew/LatestBrewRelease.h"
+#include "core/lock/OperationLock.h"
 #include "core/log/Logger.h"
 #include "core/process/ProcessShellExecutor.h"
 #include "core/settings/Preferences.h"
@@ -17,7 +21,9 @@
 #include "inventory/refresh/PackageSizes.h"
 #include "inventory/refresh/StartupCheck.h"
 #include "inventory/state/InventoryState.h"
+#include "operations/CrashRecovery.h"
 #include "operations/OperationCenter.h"
+#include "operations/plan/OperationPlanner.h"
 
 #include <QNetworkAccessManager>
 
@@ -42,8 +48,14 @@ class Larkspur : public QObject {
     CatalogueUpdate &catalogueUpdate() { return m_catalogueUpdate; }
     PackageSizes &packageSizes() { return m_packageSizes; }
     OperationCenter &operations() { return m_operations; }
+    OperationPlanner &planner() { return m_planner; }
+    SudoAuth &sudoAuth() { return m_sudoAuth; }
+    StoredPassword &storedPassword() { return m_storedPassword; }
     BrewReleaseCheck &releaseCheck() { return m_releaseCheck; }
     TaskScope &tasks() { return m_tasks; }
+
+    /// Puts right what an earlier run of the program left behind when it died. Call it once at the start.
+    void recoverFromCrash();
 
     /// From now on the inventory is refreshed after each operation and each preference that changes it: for
     /// the window, which stays.
@@ -68,6 +80,8 @@ class Larkspur : public QObject {
     Preferences m_preferences;
     ProcessShellExecutor m_shell;
     BrewPathResolver m_resolver;
+    OperationLock m_operationLock;
+    AskpassFiles m_askpass;
     BrewService m_brew;
     InventoryQueries m_queries;
     PackageCache m_cache;
@@ -80,8 +94,12 @@ class Larkspur : public QObject {
     QNetworkAccessManager m_network;
     LatestBrewRelease m_latestRelease;
     BrewReleaseCheck m_releaseCheck;
-    PackageOperations m_packageOperations;
     TaskScope m_tasks;
+    StoredPassword m_storedPassword;
+    SudoAuth m_sudoAuth;
+    PackageOperations m_packageOperations;
+    OperationPlanner m_planner;
+    CrashRecovery m_recovery;
     OperationCenter m_operations;
 };
 

@@ -13,6 +13,7 @@ namespace {
 
 Task<> runAndQuit(CommandContext context, QStringList words) {
     Larkspur &larkspur = context.larkspur;
+    larkspur.recoverFromCrash();
     const ExitStatus status = co_await runCommandLine(std::move(context), std::move(words));
     QObject::connect(&larkspur, &Larkspur::drained, QCoreApplication::instance(),
                      [status] { QCoreApplication::exit(static_cast<int>(status)); });

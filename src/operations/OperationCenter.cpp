@@ -1,6 +1,7 @@
 #include "operations/OperationCenter.h"
 
 #include "core/async/Worker.h"
+#include "core/authorization/SudoAuth.h"
 
 #include <QPointer>
 
@@ -8,9 +9,19 @@
 
 namespace larkspur {
 
-OperationCenter::OperationCenter(PackageOperations &operations, TaskScope &scope)
+OperationCenter::OperationCenter(PackageOperations &operations, SudoAuth &sudoAuth, TaskScope &scope)
     : m_operations(operations)
-    , m_scope(scope) {}
+    , m_sudoAuth(sudoAuth)
+    , m_scope(scope) {
+    // The prompt belongs to the operation that holds the lock: the oldest of those that have begun.
+    connect(&m_sudoAuth, &SudoAuth::changed, this, [this] {
+        for (OperationRun *run : unfinished())
+            if (run->state() != OperationRun::State::Queued) {
+                run->notePrompt(m_sudoAuth.isPrompting());
+                break;
+            }
+    });
+}
 
 OperationRun *OperationCenter::start(OperationRequest request) {
     OperationRun *run = create(std::move(request));
@@ -33,6 +44,7 @@ Task<> OperationCenter::perform(OperationRun *run) {
     OperationContext context;
     context.output = run->sink();
     context.stop = run->stopToken();
+    context.sudoAuth = &m_sudoAuth;
     context.wantsRedraws = m_wantsRedraws;
     context.onSilence = [run = QPointer(run)](std::chrono::seconds silence) {
         if (run)
@@ -46,7 +58,7 @@ Task<> OperationCenter::perform(OperationRun *run) {
         run->begin();
         Q_EMIT packagesWillChange();
     };
-    const auto report = co_await m_operations.perform(run->request(), context, begin);
+    Result<OperationReport> report = co_await m_operations.perform(run->request(), context, begin);
     const bool wasStopped = !report && report.error().kind == BrewError::Kind::Stopped;
     if (wasStopped)
         context.output->addLine(QStringLiteral("==> Stopped. The operation may be incomplete."));
@@ -54,7 +66,7 @@ Task<> OperationCenter::perform(OperationRun *run) {
         context.output->addLine(QStringLiteral("==> Error: ") + report.error().description());
     const OperationOutcome outcome =
         co_await runInWorker([lines = run->transcript().lines()] { return outcomeOf(lines); });
-    run->finish(report ? std::nullopt : std::optional(report.error()), outcome);
+    run->finish(std::move(report), outcome);
     Q_EMIT finished(run);
 }
 

@@ -8,12 +8,14 @@
 
 namespace larkspur {
 
+class SudoAuth;
+
 /// Starts operations and keeps the object that tells about each. They run one after another, in the order of
 /// asking.
 class OperationCenter : public QObject {
     Q_OBJECT
   public:
-    OperationCenter(PackageOperations &operations, TaskScope &scope);
+    OperationCenter(PackageOperations &operations, SudoAuth &sudoAuth, TaskScope &scope);
 
     /// Starts an operation, or queues it behind the one that runs. The run stays until the center is
     /// destroyed or its successor has finished.
@@ -44,6 +46,7 @@ class OperationCenter : public QObject {
     void forgetOldRuns();
 
     PackageOperations &m_operations;
+    SudoAuth &m_sudoAuth;
     TaskScope &m_scope;
     QList<OperationRun *> m_runs;
     bool m_wantsRedraws = true;

@@ -17,6 +17,8 @@ QString operationVerb(OperationKind kind) {
         return QStringLiteral("Pinning");
     case OperationKind::Unpin:
         return QStringLiteral("Unpinning");
+    case OperationKind::RestartService:
+        return QStringLiteral("Restarting");
     }
     return {};
 }

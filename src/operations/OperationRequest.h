@@ -8,12 +8,24 @@
 
 namespace larkspur {
 
-enum class OperationKind { Install, Upgrade, UpgradeAll, Reinstall, Uninstall, Pin, Unpin };
+enum class OperationKind {
+    Install,
+    Upgrade,
+    UpgradeAll,
+    Reinstall,
+    Uninstall,
+    Pin,
+    Unpin,
+    RestartService, ///< of formulae
+};
 
 /// A package as it is named to brew: tap-qualified where that is needed.
 struct PackageTarget {
     QString name;
     bool isCask = false;
+    QString installedVersion = {}; ///< empty where unknown
+    QString latestVersion = {};    ///< empty where unknown
+    bool isPinned = false;         ///< to be unpinned for an upgrade and pinned again
 
     bool operator==(const PackageTarget &) const = default;
 };
@@ -24,11 +36,16 @@ QString operationVerb(OperationKind kind);
 /// What is to be done with which packages.
 struct OperationRequest {
     OperationKind kind = OperationKind::Install;
-    QList<PackageTarget> packages = {}; ///< empty for the upgrade of all
-    bool adopt = false;                 ///< install of casks: take over an application that is there already
-    bool force = false;                 ///< install of casks: replace what is in the way
+    /// For the upgrade of all: what is expected to be upgraded, where that is known.
+    QList<PackageTarget> packages = {};
+    bool adopt = false; ///< install of casks: take over an application that is there already
+    bool force = false; ///< install of casks: replace what is in the way
+    /// Upgrade of casks: by a reinstallation, for machines on which Homebrew cannot copy extended attributes.
+    bool reinstallsCasks = false;
     /// Number of packages that will be touched, where known: for the progress bar.
     std::optional<int> expectedSteps = std::nullopt;
+
+    bool isUpgrade() const { return kind == OperationKind::Upgrade || kind == OperationKind::UpgradeAll; }
 
     /// What a person reads as the operation's name, such as "Upgrading wget".
     QString title() const;

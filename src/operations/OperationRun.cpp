@@ -59,11 +59,31 @@ void OperationRun::notePackage(const QString &name, int done, int total) {
     Q_EMIT changed();
 }
 
-void OperationRun::finish(std::optional<BrewError> failure, OperationOutcome outcome) {
+void OperationRun::notePrompt(bool isAsking) {
+    if (m_state == State::Finished)
+        return;
+    m_state = isAsking ? State::AskingForPassword : State::Running;
+    Q_EMIT changed();
+}
+
+void OperationRun::finish(Result<OperationReport> report, OperationOutcome outcome) {
     m_state = State::Finished;
     m_silence = {};
-    m_failure = std::move(failure);
-    m_outcome = m_failure ? OperationOutcome::Failed : outcome;
+    if (report)
+        m_report = std::move(*report);
+    else
+        m_failure = report.error();
+    // The text counts from the last retry with a password or with force; what came to a good end after one
+    // more, or failed before it, only the report knows.
+    const bool isComplete =
+        !m_failure && m_report.count(PackageEnd::Done) == static_cast<int>(m_report.packages.size());
+    if (!isComplete)
+        m_outcome = OperationOutcome::Failed;
+    else if (outcome == OperationOutcome::Failed && !m_report.packages.isEmpty())
+        m_outcome =
+            m_report.hasWarnings ? OperationOutcome::CompletedWithWarnings : OperationOutcome::Succeeded;
+    else
+        m_outcome = outcome;
     Q_EMIT changed();
     Q_EMIT finished();
 }

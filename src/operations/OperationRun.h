@@ -1,12 +1,12 @@
 #pragma once
 
 #include "core/async/Task.h"
-#include "core/errors/BrewError.h"
+#include "core/errors/Result.h"
 #include "core/output/OperationProgress.h"
 #include "core/output/OutputSink.h"
 #include "core/output/Transcript.h"
-#include "operations/OperationRequest.h"
-#include "operations/Verdict.h"
+#include "operations/OperationReport.h"
+#include "operations/outcome/Verdict.h"
 
 #include <QObject>
 
@@ -19,7 +19,7 @@ namespace larkspur {
 class OperationRun : public QObject {
     Q_OBJECT
   public:
-    enum class State { Queued, Running, Finished };
+    enum class State { Queued, Running, AskingForPassword, Finished };
 
     explicit OperationRun(OperationRequest request, QObject *parent = nullptr);
 
@@ -29,6 +29,10 @@ class OperationRun : public QObject {
     bool isRunning() const { return m_state != State::Finished; }
     OperationOutcome outcome() const { return m_outcome; }
     bool wasStopped() const { return m_failure && m_failure->kind == BrewError::Kind::Stopped; }
+    /// The person did not give the password.
+    bool wasCancelled() const { return m_report.wasCancelled(); }
+    /// What became of each package; empty until the end, and after a failure.
+    const OperationReport &report() const { return m_report; }
     /// Why the operation could not be carried out at all; nothing if Homebrew ran, whatever it said.
     const std::optional<BrewError> &failure() const { return m_failure; }
     bool isStopping() const { return isRunning() && m_stop.stop_requested(); }
@@ -46,8 +50,9 @@ class OperationRun : public QObject {
     void begin();
     void noteSilence(std::chrono::seconds silence);
     void notePackage(const QString &name, int done, int total);
+    void notePrompt(bool isAsking);
     /// `outcome`: judged from the whole transcript, which can be long enough to stall the interface.
-    void finish(std::optional<BrewError> failure, OperationOutcome outcome);
+    void finish(Result<OperationReport> report, OperationOutcome outcome);
 
   Q_SIGNALS:
     void outputReceived(const larkspur::OutputChange &change);
@@ -63,6 +68,7 @@ class OperationRun : public QObject {
     State m_state = State::Queued;
     OperationOutcome m_outcome = OperationOutcome::Running;
     std::optional<BrewError> m_failure;
+    OperationReport m_report;
     Transcript m_transcript;
     OperationProgress m_progress;
     std::chrono::seconds m_silence{0};

@@ -25,6 +25,8 @@ QStringList brewArguments(const OperationRequest &request, const PackageTarget &
     case OperationKind::Install:
         return installWords(request, package);
     case OperationKind::Upgrade:
+        if (package.isCask && request.reinstallsCasks)
+            return words(QStringLiteral("reinstall"), package);
         return {QStringLiteral("upgrade"),
                 package.isCask ? QStringLiteral("--cask") : QStringLiteral("--formula"), package.name};
     case OperationKind::UpgradeAll:
@@ -37,6 +39,8 @@ QStringList brewArguments(const OperationRequest &request, const PackageTarget &
         return words(QStringLiteral("pin"), package);
     case OperationKind::Unpin:
         return words(QStringLiteral("unpin"), package);
+    case OperationKind::RestartService:
+        return {QStringLiteral("services"), QStringLiteral("restart"), package.name};
     }
     return {};
 }
@@ -51,6 +55,7 @@ BrewSession::Style streamStyle(OperationKind kind) {
     case OperationKind::Uninstall:
     case OperationKind::Pin:
     case OperationKind::Unpin:
+    case OperationKind::RestartService:
         break;
     }
     return BrewSession::Style::Plain;

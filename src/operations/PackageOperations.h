@@ -1,22 +1,27 @@
 #pragma once
 
 #include "core/brew/BrewService.h"
-#include "operations/OperationRequest.h"
+#include "operations/OperationReport.h"
 
 namespace larkspur {
 
-/// What became of an operation, beside its output.
-struct OperationReport {
-    bool wasStopped = false;
-    int failedPackages = 0;
-};
+class InstalledPackages;
+class InventoryQueries;
+class Logger;
+class Preferences;
 
 /// Does the work of an operation request: takes the lock for the whole of it, runs brew for one package after
-/// the other, and goes on after a package that failed.
+/// the other, goes on after a package that failed, and looks at the end whether what Homebrew reported is so.
 class PackageOperations {
   public:
-    explicit PackageOperations(BrewService &brew)
-        : m_brew(brew) {}
+    struct Parts {
+        BrewService &brew;
+        InventoryQueries &queries;
+        Preferences &preferences;
+        Logger &logger;
+        QString movedAsideNote; ///< file for what stands aside during a reinstallation
+    };
+    explicit PackageOperations(Parts parts);
 
     /// Fails if the lock was never got or brew could not be run; what failed inside brew is told by the
     /// output. `onBegin` is called once the lock is held.
@@ -24,10 +29,13 @@ class PackageOperations {
                                           std::function<void()> onBegin = {});
 
   private:
-    Task<Result<OperationReport>> performBatch(BrewSession session, OperationRequest request,
-                                               OperationContext context);
+    Task<Result<OperationReport>> performAll(BrewSession *session, OperationRequest request,
+                                             OperationContext context, QString prefix);
+    Task<Result<bool>> performOne(BrewSession *session, OperationRequest request, PackageTarget package,
+                                  OperationContext context, QString prefix, OperationReport *report);
+    Task<QStringList> servicesToRestart(QStringList upgraded, StopToken stop);
 
-    BrewService &m_brew;
+    Parts m_parts;
 };
 
 } // namespace larkspur

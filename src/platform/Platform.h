@@ -1,5 +1,8 @@
 #pragma once
 
+#include "core/authorization/MemoryProtection.h"
+#include "core/authorization/PasswordStore.h"
+#include "core/authorization/PasswordVerifier.h"
 #include "core/process/PseudoTerminal.h"
 
 #include <QSettings>
@@ -13,12 +16,17 @@ namespace larkspur {
 /// `makePlatform`.
 struct Platform {
     std::unique_ptr<PseudoTerminal> terminal;
+    std::unique_ptr<PasswordVerifier> passwordVerifier;
+    std::unique_ptr<PasswordStore> passwordStore;
+    std::unique_ptr<MemoryProtection> memoryProtection;
     /// The system's own store of preferences.
     std::unique_ptr<QSettings> preferenceStore;
     /// Standard locations of the brew executable, in the order of preference.
     QStringList knownBrewPaths;
     /// Folders where applications are installed.
     QStringList applicationFolders;
+    /// An owner-only folder that lives in memory; empty where there is none.
+    QString memoryFolder = {};
 };
 
 Platform makePlatform();

@@ -143,6 +143,7 @@ void MainWindow::makeMenus() {
 void MainWindow::start() {
     m_larkspur.refresh().showCache();
     m_larkspur.keepInventoryFresh();
+    m_larkspur.recoverFromCrash();
     // The cached lists are there at once; the check runs behind them, and in front only where there are none.
     showScreen(screenRegistry().first().id);
     m_pages->setCurrentIndex(m_larkspur.inventory().value().hasLoaded ? 1 : 0);

@@ -1,5 +1,5 @@
 #include "operations/OperationCenter.h"
-#include "tests/support/BrewWorld.h"
+#include "tests/support/OperationWorld.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -10,14 +10,16 @@ using namespace larkspur::test;
 class OperationCenterTest : public QObject {
     Q_OBJECT
 
-    struct World : BrewWorld {
-        PackageOperations operations{brew};
-        TaskScope tasks{logger};
-        OperationCenter center{operations, tasks};
+    struct World : OperationWorld {
+        OperationCenter center{operations, sudoAuth, tasks};
 
         OperationRun *upgrade(const QString &name) {
             shell.hold("upgrade --formula " + name);
             return center.start({.kind = OperationKind::Upgrade, .packages = {{name, false}}});
+        }
+        /// Until brew runs what was asked for.
+        void reach(const QString &line) {
+            QVERIFY(spinUntil([&] { return shell.commandLines().contains(line); }));
         }
         void settle() {
             QVERIFY(spinUntil([this] { return tasks.isDrained(); }));
@@ -35,12 +37,14 @@ class OperationCenterTest : public QObject {
         QVERIFY(second->state() == OperationRun::State::Queued);
         QCOMPARE(world.center.shown(), first);
         QCOMPARE(changes.count(), 1);
+        world.reach("upgrade --formula a");
         world.shell.release("upgrade --formula a", "==> Upgrading a\nWarning: odd\n");
         QVERIFY(spinUntil(
             [&] { return !first->isRunning() && second->state() == OperationRun::State::Running; }));
         QVERIFY(first->outcome() == OperationOutcome::CompletedWithWarnings);
         QCOMPARE(first->progress().currentItem(), "a");
         QCOMPARE(world.center.shown(), second);
+        world.reach("upgrade --formula b");
         world.shell.release("upgrade --formula b", {}, 1);
         world.settle();
         QVERIFY(second->outcome() == OperationOutcome::Failed);

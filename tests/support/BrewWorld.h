@@ -1,7 +1,9 @@
 #pragma once
 
+#include "core/authorization/AskpassFiles.h"
 #include "core/brew/BrewPathResolver.h"
 #include "core/brew/BrewService.h"
+#include "core/lock/OperationLock.h"
 #include "tests/support/Await.h"
 #include "tests/support/FakeShellExecutor.h"
 #include "tests/support/Fixture.h"
@@ -13,12 +15,16 @@ struct BrewWorld : Fixture {
     FakeShellExecutor shell;
     Locations locations;
     BrewPathResolver resolver;
+    OperationLock lock;
+    AskpassFiles askpass;
     BrewService brew;
 
     BrewWorld()
         : locations(brewIn(path("brew")))
         , resolver(locations, preferences, shell, logger)
-        , brew(shell, resolver, logger, 77ms) {}
+        , lock(path("operation.lock"), logger)
+        , askpass(path("askpass.sh"), path(".secret"), {})
+        , brew(shell, resolver, lock, askpass, 77ms) {}
 
   private:
     static Locations brewIn(const QString &path) {

@@ -10,7 +10,12 @@ namespace larkspur::test {
 
 void FakeShellExecutor::answer(const QString &arguments, const QByteArray &output, int exitCode,
                                const QByteArray &errors) {
-    m_answers.insert(arguments, {output, errors, exitCode});
+    m_answers.insert(arguments, {output, errors, exitCode, {}});
+}
+
+void FakeShellExecutor::answerOnce(const QString &arguments, const QByteArray &output, int exitCode,
+                                   std::function<void()> effect) {
+    m_once[arguments].push_back({output, {}, exitCode, std::move(effect)});
 }
 
 void FakeShellExecutor::hold(const QString &arguments) {
@@ -22,7 +27,7 @@ void FakeShellExecutor::release(const QString &arguments, const QByteArray &outp
     QVERIFY2(!waiting.empty(), qPrintable(QStringLiteral("nothing is held for: ") + arguments));
     Completion<Answer> next = waiting.front();
     waiting.pop_front();
-    next.complete({output, {}, exitCode});
+    next.complete({output, {}, exitCode, {}});
 }
 
 Task<ShellResult> FakeShellExecutor::run(ShellCommand command) {
@@ -36,8 +41,13 @@ Task<ShellResult> FakeShellExecutor::run(ShellCommand command) {
         Completion<Answer> released;
         m_held[arguments].push_back(released);
         const std::stop_callback onStop(command.stop,
-                                        [released]() mutable { released.complete({{}, {}, -1}); });
+                                        [released]() mutable { released.complete({{}, {}, -1, {}}); });
         answer = co_await released;
+    } else if (auto &once = m_once[arguments]; !once.empty()) {
+        answer = once.front();
+        once.pop_front();
+        if (answer.effect)
+            answer.effect();
     } else if (const auto scripted = m_answers.constFind(arguments); scripted != m_answers.constEnd()) {
         answer = *scripted;
     } else {

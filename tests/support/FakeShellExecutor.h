@@ -17,6 +17,10 @@ class FakeShellExecutor final : public ShellExecutor {
     /// The answer to a command line, program left out.
     void answer(const QString &arguments, const QByteArray &output, int exitCode = 0,
                 const QByteArray &errors = {});
+    /// The same for one run; several are given in their order before the lasting answer. `effect` is what the
+    /// child does.
+    void answerOnce(const QString &arguments, const QByteArray &output, int exitCode = 0,
+                    std::function<void()> effect = {});
     /// The child runs until `release` lets it end.
     void hold(const QString &arguments);
     void release(const QString &arguments, const QByteArray &output = {}, int exitCode = 0);
@@ -33,7 +37,9 @@ class FakeShellExecutor final : public ShellExecutor {
         QByteArray output;
         QByteArray errors;
         int exitCode = 0;
+        std::function<void()> effect = {};
     };
+    QHash<QString, std::deque<Answer>> m_once;
     QHash<QString, Answer> m_answers;
     QHash<QString, std::deque<Completion<Answer>>> m_held;
     QList<QString> m_heldNames;

@@ -64,8 +64,11 @@ class SampleBrewTest : public QObject {
                 QVERIFY2(QDir(prefix() + "/Cellar/" + dependency.section('/', -1)).exists(),
                          qPrintable(dependency));
         }
+        QStringList withoutApp;
         for (const CaskJSON &cask : info->casks.elements)
-            QVERIFY(QDir(m_folder.filePath("Applications/" + cask.appNames.first() + "/Contents")).exists());
+            if (!QDir(m_folder.filePath("Applications/" + cask.appNames.first() + "/Contents")).exists())
+                withoutApp.append(cask.token);
+        QCOMPARE(withoutApp, QStringList{"lichen-notes"}); // removed by hand
     }
 
     void namesAsHomebrewDoes() {

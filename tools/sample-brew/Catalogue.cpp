@@ -56,6 +56,7 @@ Cask caskFrom(const QJsonObject &json) {
     cask.version = text(json, "version");
     cask.installed = text(json, "installed");
     cask.caveats = text(json, "caveats");
+    cask.behaviour = text(json, "behaviour");
     cask.kilobytes = json.value(QLatin1String("kilobytes")).toInt();
     cask.days = json.value(QLatin1String("days")).toInt();
     cask.autoUpdates = flag(json, "auto_updates");

@@ -42,6 +42,7 @@ struct Cask {
     QString version;
     QString installed;
     QString caveats;
+    QString behaviour; ///< what is special about its changes
     int kilobytes = 0;
     int days = 0;
     bool autoUpdates = false;

@@ -256,9 +256,15 @@ bool createPrefix(const Catalogue &catalogue, const QString &path, const QString
             services.insert(formula.name, formula.service);
     }
     for (const Cask &cask : catalogue.casks)
-        if (!cask.installed.isEmpty())
+        if (!cask.installed.isEmpty()) {
             prefix.installCask(cask, cask.installed, now.addDays(-cask.days));
+            if (cask.behaviour == QLatin1String("removed-by-hand"))
+                QDir(prefix.appPath(cask)).removeRecursively();
+        }
     prefix.setState({{QStringLiteral("services"), services}});
+    QDir().mkpath(path + QStringLiteral("/Library/sample"));
+    if (!QFile::link(brewExecutable, path + QStringLiteral("/Library/sample/sudo")))
+        return false;
     return QFile::link(brewExecutable,
                        path + QStringLiteral("/bin/brew")); // last: its presence says all is there
 }

@@ -222,7 +222,28 @@ int uses(Brew &brew, const Arguments &arguments) {
     return 0;
 }
 
-int services(Brew &brew, const Arguments &) {
+namespace {
+
+int restartService(Brew &brew, const QString &name) {
+    const Formula *formula = brew.catalogue.formula(name);
+    if (!formula || formula->service.isEmpty())
+        return unknownFormula(brew, name);
+    QJsonObject state = brew.prefix.state();
+    QJsonObject services = state.value(QLatin1String("services")).toObject();
+    brew.screen.line(QStringLiteral("Stopping `%1`... (might take a while)").arg(name));
+    brew.screen.pause(500);
+    services.insert(name, QStringLiteral("started"));
+    state.insert(QStringLiteral("services"), services);
+    brew.prefix.setState(state);
+    brew.screen.header(QStringLiteral("Successfully started `%1` (label: homebrew.mxcl.%1)").arg(name));
+    return 0;
+}
+
+} // namespace
+
+int services(Brew &brew, const Arguments &arguments) {
+    if (arguments.names.value(0) == QLatin1String("restart"))
+        return restartService(brew, arguments.names.value(1));
     brew.screen.pause(200);
     const QJsonObject states = brew.prefix.state().value(QLatin1String("services")).toObject();
     QJsonArray array;

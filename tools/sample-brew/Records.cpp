@@ -57,6 +57,15 @@ QJsonObject formulaJson(const Brew &brew, const Formula &formula) {
             {QStringLiteral("disabled"), false}};
 }
 
+namespace {
+
+bool wantsSudo(const Cask &cask) {
+    return cask.behaviour == QLatin1String("wants-password") ||
+           cask.behaviour == QLatin1String("rejects-first-password");
+}
+
+} // namespace
+
 QJsonObject caskJson(const Brew &brew, const Cask &cask) {
     const QString installed = brew.prefix.installedVersion(cask);
     const QString bundle = brew.prefix.bundleVersion(cask);
@@ -79,8 +88,10 @@ QJsonObject caskJson(const Brew &brew, const Cask &cask) {
         {QStringLiteral("sha256"), QStringLiteral("no_check")},
         {QStringLiteral("artifacts"),
          QJsonArray{
-             QJsonObject{{QStringLiteral("uninstall"),
-                          QJsonArray{QJsonObject{{QStringLiteral("quit"), identifier}}}}},
+             QJsonObject{
+                 {QStringLiteral("uninstall"),
+                  QJsonArray{QJsonObject{
+                      {wantsSudo(cask) ? QStringLiteral("pkgutil") : QStringLiteral("quit"), identifier}}}}},
              QJsonObject{{QStringLiteral("app"), QJsonArray{cask.app}},
                          {QStringLiteral("target"), brew.prefix.appPath(cask)}},
              QJsonObject{{QStringLiteral("preflight"), QJsonValue::Null}},

@@ -1,4 +1,5 @@
 #include "Brew.h"
+#include "Sudo.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -87,6 +88,17 @@ int main(int argc, char *argv[]) {
                                     QCoreApplication::applicationFilePath())
                    ? 0
                    : 1;
+    if (words.value(1) == QLatin1String("--sudo-password") && words.size() == 3) {
+        QFile input;
+        if (!input.open(stdin, QIODevice::ReadOnly))
+            return 1;
+        sample::setSudoPassword(words[2], input.readAll());
+        return 0;
+    }
+    if (QFileInfo(words[0]).fileName() == QLatin1String("sudo"))
+        return sample::sudoMain(
+            QDir(QFileInfo(words[0]).absolutePath() + QStringLiteral("/../..")).canonicalPath(),
+            words.mid(1));
     // Called through the link PREFIX/bin/brew: its place tells the prefix.
     return runBrew(QFileInfo(words[0]).absoluteDir().absolutePath().section(QLatin1Char('/'), 0, -2),
                    words.mid(1));

@@ -1,8 +1,10 @@
 #include "app/Larkspur.h"
 #include "cli/LiveOutput.h"
+#include "cli/OperationQuestion.h"
+#include "cli/PasswordPrompt.h"
 #include "cli/commands/Commands.h"
 #include "core/brew/PackageName.h"
-#include "operations/FailureSummary.h"
+#include "operations/outcome/FailureSummary.h"
 
 #include <algorithm>
 
@@ -11,8 +13,11 @@ namespace larkspur::cli {
 namespace {
 
 const QString cask = QStringLiteral("--cask");
+const QString yes = QStringLiteral("--yes");
 
 QString outcomeLine(const OperationRun &run) {
+    if (run.wasCancelled())
+        return QStringLiteral("Cancelled: %1.").arg(run.title());
     if (run.wasStopped())
         return QStringLiteral("Stopped: %1. The operation may be incomplete.").arg(run.title());
     switch (run.outcome()) {
@@ -36,7 +41,13 @@ void printReason(const Terminal &terminal, const OperationRun &run) {
 }
 
 /// Starts the operation, prints its output, and waits for its end.
-Task<ExitStatus> perform(CommandContext context, OperationRequest request) {
+Task<ExitStatus> perform(CommandContext context, OperationRequest request, bool isAgreed) {
+    if (!co_await mayProceed(context, request, isAgreed)) {
+        context.terminal.error(QStringLiteral("Nothing was changed."));
+        co_return ExitStatus::Failed;
+    }
+    const PasswordPrompt passwords(context.larkspur.sudoAuth(), context.terminal, context.larkspur.tasks(),
+                                   context.stop);
     OperationCenter &center = context.larkspur.operations();
     center.setWantsRedraws(context.terminal.isInteractive());
     OperationRun *run = center.create(std::move(request));
@@ -47,7 +58,9 @@ Task<ExitStatus> perform(CommandContext context, OperationRequest request) {
         output->showProgress(run->progress());
     });
     QObject::connect(run, &OperationRun::changed, run, [run, output] {
-        if (run->isStopping())
+        if (run->state() == OperationRun::State::AskingForPassword)
+            output->clearBar();
+        else if (run->isStopping())
             output->showNote(QStringLiteral("Stopping; Homebrew gets a moment to clean up…"));
         else if (run->silence() > std::chrono::seconds(0))
             output->showNote(QStringLiteral("Nothing has come from Homebrew for %1 s; Ctrl-C stops it.")
@@ -60,7 +73,7 @@ Task<ExitStatus> perform(CommandContext context, OperationRequest request) {
     output->clearBar();
     if (run->outcome() == OperationOutcome::Failed) {
         context.terminal.error(outcomeLine(*run));
-        if (!run->wasStopped())
+        if (!run->wasStopped() && !run->wasCancelled())
             printReason(context.terminal, *run);
     } else
         context.terminal.line(outcomeLine(*run));
@@ -79,17 +92,19 @@ class InstallCommand final : public Command {
   public:
     CommandShape shape() const override {
         return {.name = QStringLiteral("install"),
-                .synopsis = QStringLiteral("NAME… [--cask [--adopt] [--force]]"),
+                .synopsis = QStringLiteral("NAME… [--cask [--adopt] [--force]] [--yes]"),
                 .summary = QStringLiteral("Installs formulae, or casks with --cask."),
-                .options = {cask, QStringLiteral("--adopt"), QStringLiteral("--force")},
+                .options = {cask, yes, QStringLiteral("--adopt"), QStringLiteral("--force")},
                 .fewestNames = 1,
                 .mostNames = -1};
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        co_return co_await perform(context, {.kind = OperationKind::Install,
-                                             .packages = targets(arguments),
-                                             .adopt = arguments.has("--adopt"),
-                                             .force = arguments.has("--force")});
+        co_return co_await perform(context,
+                                   {.kind = OperationKind::Install,
+                                    .packages = targets(arguments),
+                                    .adopt = arguments.has("--adopt"),
+                                    .force = arguments.has("--force")},
+                                   true);
     }
 };
 
@@ -103,14 +118,15 @@ class PlainCommand final : public Command {
 
     CommandShape shape() const override {
         return {.name = m_name,
-                .synopsis = QStringLiteral("NAME… [--cask]"),
+                .synopsis = QStringLiteral("NAME… [--cask] [--yes]"),
                 .summary = m_summary,
-                .options = {cask},
+                .options = {cask, yes},
                 .fewestNames = 1,
                 .mostNames = -1};
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        co_return co_await perform(context, {.kind = m_kind, .packages = targets(arguments)});
+        co_return co_await perform(context, {.kind = m_kind, .packages = targets(arguments)},
+                                   arguments.options.contains(yes));
     }
 
   private:
@@ -123,10 +139,10 @@ class UpgradeCommand final : public Command {
   public:
     CommandShape shape() const override {
         return {.name = QStringLiteral("upgrade"),
-                .synopsis = QStringLiteral("NAME… [--cask] | --all"),
+                .synopsis = QStringLiteral("NAME… [--cask] [--yes] | --all [--yes]"),
                 .summary =
                     QStringLiteral("Upgrades the named packages, or with --all everything that is outdated."),
-                .options = {cask, QStringLiteral("--all")},
+                .options = {cask, yes, QStringLiteral("--all")},
                 .fewestNames = 0,
                 .mostNames = -1};
     }
@@ -141,23 +157,72 @@ class UpgradeCommand final : public Command {
             context.terminal.error(outdated.error());
             co_return statusFor(outdated.error());
         }
-        co_return co_await perform(context, request(*outdated, arguments));
+        OperationRequest wanted = request(*outdated, arguments);
+        co_await addInstalledVersions(&wanted, context);
+        co_return co_await perform(context, wanted, arguments.options.contains(yes));
     }
 
   private:
+    /// What is not outdated has its newest version already; the query that says so is worth its time only
+    /// for packages that are named.
+    static Task<> addInstalledVersions(OperationRequest *request, CommandContext context) {
+        for (PackageTarget &package : request->packages) {
+            if (!package.latestVersion.isEmpty() || !isValidPackageName(package.name))
+                continue;
+            const QString version = co_await installedVersion(package, context);
+            package.installedVersion = version;
+            package.latestVersion = version;
+        }
+    }
+
+    static Task<QString> installedVersion(PackageTarget package, CommandContext context) {
+        InventoryQueries &queries = context.larkspur.queries();
+        if (package.isCask) {
+            const auto casks = co_await queries.installedCasks(context.stop);
+            for (const Cask &entry : casks.value_or(QList<Cask>()))
+                if (entry.token == shortName(package.name))
+                    co_return QString(entry.version);
+        } else {
+            const auto formulae = co_await queries.installedFormulae(context.stop);
+            for (const Formula &entry : formulae.value_or(QList<Formula>()))
+                if (entry.name == shortName(package.name))
+                    co_return QString(entry.version);
+        }
+        co_return QString();
+    }
+
+    static PackageTarget targetOf(const OutdatedPackage &package) {
+        return {.name = package.fullName,
+                .isCask = package.isCask,
+                .installedVersion = package.installedVersions.join(QStringLiteral(", ")),
+                .latestVersion = package.currentVersion,
+                .isPinned = package.pinned};
+    }
+
     /// A name that is outdated as a cask only is meant as one.
     static OperationRequest request(const QList<OutdatedPackage> &outdated,
                                     const CommandArguments &arguments) {
-        if (arguments.has("--all"))
-            return {.kind = OperationKind::UpgradeAll, .expectedSteps = static_cast<int>(outdated.size())};
+        if (arguments.has("--all")) {
+            OperationRequest all{.kind = OperationKind::UpgradeAll,
+                                 .expectedSteps = static_cast<int>(outdated.size())};
+            std::ranges::transform(outdated, std::back_inserter(all.packages), targetOf);
+            return all;
+        }
         QList<PackageTarget> packages = targets(arguments);
         for (PackageTarget &package : packages) {
-            const auto matches = [&](bool isCask) {
-                return std::ranges::any_of(outdated, [&](const OutdatedPackage &entry) {
+            const auto find = [&](bool isCask) {
+                return std::ranges::find_if(outdated, [&](const OutdatedPackage &entry) {
                     return entry.isCask == isCask && entry.name == shortName(package.name);
                 });
             };
-            package.isCask = package.isCask || (matches(true) && !matches(false));
+            auto found = find(package.isCask);
+            if (found == outdated.end() && !package.isCask)
+                found = find(true);
+            if (found == outdated.end())
+                continue;
+            const QString name = package.name;
+            package = targetOf(*found);
+            package.name = name;
         }
         return {.kind = OperationKind::Upgrade, .packages = packages};
     }

@@ -1,8 +1,9 @@
 #include "core/brew/BrewService.h"
 
+#include "core/authorization/AskpassFiles.h"
 #include "core/brew/BrewPathResolver.h"
-#include "core/log/Logger.h"
 #include "core/output/Colours.h"
+#include "core/output/Transcript.h"
 #include "core/process/ShellExecutor.h"
 
 #include <memory>
@@ -11,9 +12,10 @@ namespace larkspur {
 
 namespace {
 
-/// Passes an output on without colours and remembers whether it named a failure.
+/// Passes an output on without colours, keeps it, and remembers whether it named a failure.
 struct StreamWatch {
     OutputSinkPtr sink;
+    Transcript kept = Transcript();
     bool failureNamed = false;
 
     void take(OutputChange change) {
@@ -21,6 +23,7 @@ struct StreamWatch {
             line = withoutColours(std::move(line));
             failureNamed = failureNamed || namesFailure(line);
         }
+        kept.apply(change);
         if (sink)
             sink->receive(change);
     }
@@ -33,11 +36,21 @@ bool namesFailure(const QString &line) {
            line.contains(QLatin1String("fatal:"), Qt::CaseInsensitive);
 }
 
-BrewService::BrewService(ShellExecutor &shell, BrewPathResolver &pathResolver, Logger &logger,
-                         std::chrono::milliseconds queryLimit)
+QString failureText(const QStringList &lines) {
+    QStringList reasons;
+    for (const QString &line : lines)
+        if (namesFailure(line))
+            reasons.append(line.startsWith(QLatin1String("==> ")) ? line.mid(4) : line);
+    reasons.removeDuplicates(); // a retry often fails for the same one
+    return (reasons.isEmpty() ? lines : reasons).join(QLatin1Char('\n'));
+}
+
+BrewService::BrewService(ShellExecutor &shell, BrewPathResolver &pathResolver, OperationLock &lock,
+                         const AskpassFiles &askpass, std::chrono::milliseconds queryLimit)
     : m_shell(shell)
     , m_pathResolver(pathResolver)
-    , m_logger(logger)
+    , m_lock(lock)
+    , m_askpass(askpass)
     , m_queryLimit(queryLimit) {}
 
 Task<Result<ShellResult>> BrewService::execute(BrewCommand command) {
@@ -56,6 +69,17 @@ Task<Result<ShellResult>> BrewService::run(BrewCommand command, ShellCommand sha
     shape.environment = command.environment;
     shape.suppressAutoUpdate = command.suppressAutoUpdate;
     shape.stop = command.stop;
+    shape.password = command.password;
+    // Homebrew drops foreign variables before its sudo runs; as long as this child lives, the secret file
+    // stands in for the one with the password.
+    std::unique_ptr<AskpassFiles::Secret> secret;
+    if (command.password) {
+        auto kept = m_askpass.keepSecret(*command.password);
+        if (!kept)
+            co_return std::unexpected(BrewError::commandFailed(
+                QStringLiteral("The password cannot be handed to sudo: ") + kept.error()));
+        secret = std::move(*kept);
+    }
     ShellResult result = co_await m_shell.run(std::move(shape));
     if (result.end == ProcessEnd::Exited || result.end == ProcessEnd::Crashed)
         co_return result;
@@ -63,27 +87,31 @@ Task<Result<ShellResult>> BrewService::run(BrewCommand command, ShellCommand sha
 }
 
 Task<Result<BrewSession>> BrewService::beginOperation(OperationContext context) {
-    if (isBrewOperationRunning() && context.output)
-        context.output->addLine(QStringLiteral("==> Waiting for another Homebrew operation to finish…"));
-    auto permit = co_await m_operationLock.acquire(context.stop);
+    const auto onWait = [output = context.output] {
+        if (output)
+            output->addLine(QStringLiteral("==> Waiting for another Homebrew operation to finish…"));
+    };
+    auto permit = co_await m_lock.acquire(context.stop, onWait);
     if (!permit)
         co_return std::unexpected(BrewError::stopped());
     co_return BrewSession(this, std::move(*permit));
 }
 
-Task<Result<ShellResult>> BrewSession::stream(BrewCommand command, OperationContext context, Style style) {
+Task<Result<BrewRun>> BrewSession::stream(BrewCommand command, OperationContext context, Style style) {
     const auto watch = std::make_shared<StreamWatch>(context.output);
     ShellCommand shape;
     shape.mode = style == Style::Terminal && context.wantsRedraws ? RunMode::Terminal : RunMode::Stream;
     shape.onOutput = [watch](const OutputChange &change) { watch->take(change); };
     shape.onSilence = context.onSilence;
     command.stop = context.stop;
-    Result<ShellResult> result = co_await m_service->run(std::move(command), std::move(shape));
-    if (result && result->exitCode != 0 && !watch->failureNamed && context.output)
-        context.output->addLine(
+    const Result<ShellResult> result = co_await m_service->run(std::move(command), std::move(shape));
+    if (!result)
+        co_return std::unexpected(result.error());
+    if (result->exitCode != 0 && !watch->failureNamed)
+        watch->take(OutputChange::line(
             QStringLiteral("==> Error: Homebrew ended with status %1 without naming a reason.")
-                .arg(result->exitCode));
-    co_return result;
+                .arg(result->exitCode)));
+    co_return BrewRun{result->exitCode, watch->kept.lines()};
 }
 
 Task<Result<ShellResult>> BrewSession::execute(BrewCommand command) {

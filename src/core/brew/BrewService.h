@@ -1,9 +1,10 @@
 #pragma once
 
-#include "core/async/FairSemaphore.h"
 #include "core/async/Task.h"
+#include "core/authorization/Password.h"
 #include "core/brew/OperationContext.h"
 #include "core/errors/Result.h"
+#include "core/lock/OperationLock.h"
 #include "core/process/ShellCommand.h"
 #include "core/process/ShellResult.h"
 
@@ -11,8 +12,8 @@
 
 namespace larkspur {
 
+class AskpassFiles;
 class BrewPathResolver;
-class Logger;
 class ShellExecutor;
 
 /// One brew command line.
@@ -21,6 +22,17 @@ struct BrewCommand {
     EnvironmentMap environment = {};
     bool suppressAutoUpdate = false;
     StopToken stop = {};
+    /// For the sudo that brew may run; handed over for this one command only.
+    std::optional<Password> password = std::nullopt;
+};
+
+/// How a command whose output was streamed has ended.
+struct BrewRun {
+    int exitCode = 0;
+    QStringList lines; ///< its output without colours; the middle of a very long one is left out
+
+    bool succeeded() const { return exitCode == 0; }
+    QString text() const { return lines.join(QLatin1Char('\n')); }
 };
 
 class BrewService;
@@ -33,19 +45,19 @@ class BrewSession {
 
     /// Runs brew with its output streamed to the context's sink, colours removed. A command that fails
     /// without naming a reason gets one more line that says so, so that the output alone tells the outcome.
-    Task<Result<ShellResult>> stream(BrewCommand command, OperationContext context, Style style);
+    Task<Result<BrewRun>> stream(BrewCommand command, OperationContext context, Style style);
 
     /// The same for a query that belongs to the operation: its output is not shown.
     Task<Result<ShellResult>> execute(BrewCommand command);
 
   private:
     friend class BrewService;
-    BrewSession(BrewService *service, FairSemaphore::Permit lock)
+    BrewSession(BrewService *service, OperationLock::Permit lock)
         : m_service(service)
         , m_lock(std::move(lock)) {}
 
     BrewService *m_service; ///< outlives every session
-    FairSemaphore::Permit m_lock;
+    OperationLock::Permit m_lock;
 };
 
 /// The only road to Homebrew: runs its queries side by side and its operations one after another.
@@ -55,8 +67,8 @@ class BrewService : public QObject {
     /// A query that has printed nothing for this long is ended and fails with a timeout.
     static constexpr std::chrono::milliseconds defaultQueryLimit{120'000};
 
-    BrewService(ShellExecutor &shell, BrewPathResolver &pathResolver, Logger &logger,
-                std::chrono::milliseconds queryLimit = defaultQueryLimit);
+    BrewService(ShellExecutor &shell, BrewPathResolver &pathResolver, OperationLock &lock,
+                const AskpassFiles &askpass, std::chrono::milliseconds queryLimit = defaultQueryLimit);
 
     /// Runs brew to completion, beside whatever else runs. A non-zero status is a result, not an error;
     /// errors are: no brew, stopped, timed out, not startable.
@@ -66,7 +78,7 @@ class BrewService : public QObject {
     /// until the session is destroyed. Fails if stop is requested first.
     Task<Result<BrewSession>> beginOperation(OperationContext context);
 
-    bool isBrewOperationRunning() const { return m_operationLock.isExhausted(); }
+    bool isBrewOperationRunning() const { return m_lock.isHeld(); }
 
   private:
     friend class BrewSession;
@@ -74,12 +86,14 @@ class BrewService : public QObject {
 
     ShellExecutor &m_shell;
     BrewPathResolver &m_pathResolver;
-    Logger &m_logger;
+    OperationLock &m_lock;
+    const AskpassFiles &m_askpass;
     std::chrono::milliseconds m_queryLimit;
-    FairSemaphore m_operationLock{1};
 };
 
 /// True if the output names a reason for a failure: a line with "error:" or "fatal:", in any case.
 bool namesFailure(const QString &line);
+/// The lines that name a reason, or all where none does.
+QString failureText(const QStringList &lines);
 
 } // namespace larkspur

@@ -10,11 +10,16 @@
 
 namespace larkspur {
 
+class SudoAuth;
+
 /// What an operation needs of its caller: where its output goes, how it is asked to end early, and who hears
 /// that Homebrew has been silent for long.
 struct OperationContext {
     OutputSinkPtr output;
     StopToken stop = {};
+    /// Who asks for the administrator password; without one an operation that needs it ends as if the person
+    /// had cancelled. Outlives the operation.
+    SudoAuth *sudoAuth = nullptr;
     std::function<void(std::chrono::seconds)> onSilence = {};
     /// Called when the next package of a batch begins: its name, how many lie behind, how many there are.
     std::function<void(const QString &, int, int)> onPackage = {};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/async/Task.h"
+#include "core/authorization/Password.h"
 #include "core/output/OutputChange.h"
 
 #include <QMap>
@@ -9,6 +10,7 @@
 
 #include <chrono>
 #include <functional>
+#include <optional>
 
 namespace larkspur {
 
@@ -28,6 +30,8 @@ struct ShellCommand {
     RunMode mode = RunMode::Capture;
     /// Extra environment entries; they win over everything else.
     EnvironmentMap environment = {};
+    /// For a sudo that the child may run: stands in its environment and nowhere else.
+    std::optional<Password> password = std::nullopt;
     /// Whether Homebrew may not update itself first.
     bool suppressAutoUpdate = false;
     /// Ends the child early: SIGTERM to its whole process group, SIGKILL after a grace time.

@@ -19,12 +19,17 @@ struct Locations {
     QStringList applicationFolders;
     /// Whether services outside this machine may be asked.
     bool asksTheNet = true;
+    /// An owner-only folder that lives in memory; empty where the system has none.
+    QString memoryFolder = {};
     /// Added to the window title; empty for the person's own Homebrew.
     QString titleSuffix = {};
 
     QString logFolder() const { return dataFolder + QStringLiteral("/Logs"); }
     QString cacheFolder() const { return dataFolder + QStringLiteral("/Cache"); }
     QString askpassScript() const { return dataFolder + QStringLiteral("/larkspur-askpass.sh"); }
+    QString askpassSecret() const { return dataFolder + QStringLiteral("/.askpass-secret"); }
+    QString movedAsideNote() const { return dataFolder + QStringLiteral("/moved-aside.json"); }
+    QString operationLock() const { return dataFolder + QStringLiteral("/operation.lock"); }
 };
 
 } // namespace larkspur

@@ -41,6 +41,9 @@ inline const QString lastKnownHomebrewVersion = QStringLiteral("lastKnownHomebre
 inline const QString packageSortOrder = QStringLiteral("packageSortOrder");
 inline const QString refreshOnActivate = QStringLiteral("refreshOnActivate");
 inline const QString simpleMode = QStringLiteral("simpleMode");
+inline const QString showOperationPlan = QStringLiteral("showOperationPlan");
+inline const QString touchIDSudoAuth = QStringLiteral("touchIDSudoAuth");
+inline const QString useReinstallForCasks = QStringLiteral("useReinstallForCasks");
 inline const QString windowGeometry = QStringLiteral("windowGeometry");
 inline const QString windowLayout = QStringLiteral("windowLayout");
 } // namespace keys

@@ -98,20 +98,28 @@ void forEachString(Value value, const Path &path, Take take) {
     }
 }
 
+/// Stanzas and directives that Homebrew carries out with sudo.
+bool wantsAdministrator(std::string_view word) {
+    static constexpr std::array<std::string_view, 6> words{"pkg",     "installer", "keyboard_layout",
+                                                           "pkgutil", "delete",    "kext"};
+    return std::ranges::find(words, word) != words.end();
+}
+
 /// An "uninstall" or "zap" stanza: a list of objects, each from a directive to its values.
-void readStanzaValues(Value stanza, const Path &path, QStringList &hints) {
+void readStanzaValues(Value stanza, const Path &path, CaskJSON &cask, bool isZap) {
     if (!isType(stanza, list))
         return;
     json::forEachElement(stanza, path, [&](Value element, const Path &at) {
         if (!isType(element, object))
             return;
-        json::forEachField(element, at, [&](std::string_view, Value directive, const Path &directiveAt) {
+        json::forEachField(element, at, [&](std::string_view key, Value directive, const Path &directiveAt) {
+            cask.mayNeedAdministrator = cask.mayNeedAdministrator || (!isZap && wantsAdministrator(key));
             forEachString(directive, directiveAt, [&](std::string_view value) {
                 const std::string_view name = bundleIDIn(value);
                 if (name.empty())
                     return;
-                if (const QString hint = fromView(name); !hints.contains(hint))
-                    hints.append(hint);
+                if (const QString hint = fromView(name); !cask.bundleIDHints.contains(hint))
+                    cask.bundleIDHints.append(hint);
             });
         });
     });
@@ -124,10 +132,11 @@ void readCaskArtifacts(Value artifacts, const Path &path, CaskJSON &cask) {
         if (!isType(entry, object))
             return;
         json::forEachField(entry, at, [&](std::string_view stanza, Value value, const Path &stanzaAt) {
+            cask.mayNeedAdministrator = cask.mayNeedAdministrator || wantsAdministrator(stanza);
             if (stanza == "app" && isType(value, list))
                 readApp(value, stanzaAt, cask.appNames);
             else if (stanza == "uninstall" || stanza == "zap")
-                readStanzaValues(value, stanzaAt, cask.bundleIDHints);
+                readStanzaValues(value, stanzaAt, cask, stanza == "zap");
         });
     });
 }

@@ -69,6 +69,7 @@ Cask toCask(const CaskJSON &json) {
     cask.url = json.url;
     cask.caveats = json.caveats;
     cask.appNames = json.appNames;
+    cask.mayNeedAdministrator = json.mayNeedAdministrator;
     cask.requiresRosetta = json.requiresRosetta;
     cask.actualVersion = json.bundleShortVersion;
     cask.actualBuild = json.bundleVersion;

@@ -76,6 +76,7 @@ struct CaskJSON {
     std::optional<QString> tap;
     std::optional<QString> rubySourcePath;
     QStringList appNames;
+    bool mayNeedAdministrator = false;
     QStringList bundleIDHints;
     bool requiresRosetta = false;
     bool disabled = false;

@@ -279,6 +279,11 @@ Task<Result<QStringList>> InventoryQueries::searchKind(QString kind, QString tex
     co_return names;
 }
 
+Task<Result<QStringList>> InventoryQueries::dependents(QString name, StopToken stop) {
+    co_return co_await askForNames({QStringLiteral("uses"), QStringLiteral("--installed"), std::move(name)},
+                                   std::move(stop));
+}
+
 Task<Result<QString>> InventoryQueries::homebrewPrefix(StopToken stop) {
     const auto answer = co_await ask({QStringLiteral("--prefix")}, std::move(stop), Cost::Quick);
     co_return answer ? Result<QString>(answer->standardOutput().trimmed()) : std::unexpected(answer.error());

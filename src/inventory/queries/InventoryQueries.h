@@ -48,6 +48,8 @@ class InventoryQueries {
     Task<Result<QStringList>> installedFullNames(StopToken stop = {});
     Task<Result<Formula>> formulaDetails(QString name, StopToken stop = {});
     Task<Result<Cask>> caskDetails(QString token, StopToken stop = {});
+    /// Full names of the installed formulae that need this one.
+    Task<Result<QStringList>> dependents(QString name, StopToken stop = {});
     Task<Result<SearchHits>> search(QString text, StopToken stop = {});
     Task<Result<QString>> homebrewPrefix(StopToken stop = {});
 

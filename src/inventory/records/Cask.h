@@ -20,6 +20,7 @@ struct Cask {
     std::optional<QString> caveats;
     QStringList appNames; ///< application bundles, as they are called once installed
     bool requiresRosetta = false;
+    bool mayNeedAdministrator = false;    ///< Homebrew carries out some of its steps with sudo
     std::optional<QString> actualVersion; ///< what the installed bundle says of itself
     std::optional<QString> actualBuild;
     std::optional<QDateTime> installedOn;

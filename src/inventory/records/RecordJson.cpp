@@ -125,6 +125,7 @@ QJsonObject toJson(const Cask &cask) {
             {QStringLiteral("url"), orNull(cask.url)},
             {QStringLiteral("caveats"), orNull(cask.caveats)},
             {QStringLiteral("appNames"), QJsonArray::fromStringList(cask.appNames)},
+            {QStringLiteral("mayNeedAdministrator"), cask.mayNeedAdministrator},
             {QStringLiteral("requiresRosetta"), cask.requiresRosetta},
             {QStringLiteral("actualVersion"), orNull(cask.actualVersion)},
             {QStringLiteral("actualBuild"), orNull(cask.actualBuild)},
@@ -143,6 +144,7 @@ std::optional<Cask> recordFromJson(const QJsonObject &json) {
     reader.read("url", cask.url);
     reader.read("caveats", cask.caveats);
     reader.read("appNames", cask.appNames);
+    reader.read("mayNeedAdministrator", cask.mayNeedAdministrator);
     reader.read("requiresRosetta", cask.requiresRosetta);
     reader.read("actualVersion", cask.actualVersion);
     reader.read("actualBuild", cask.actualBuild);

@@ -27,8 +27,9 @@ Task<Result<bool>> CatalogueUpdate::updateCatalogue(OperationContext context) {
                                                  BrewSession::Style::Plain);
     if (!result)
         co_return std::unexpected(result.error());
-    const auto verdict = result->verdict();
-    co_return verdict ? Result<bool>(true) : std::unexpected(verdict.error());
+    if (!result->succeeded())
+        co_return std::unexpected(BrewError::commandFailed(failureText(result->lines)));
+    co_return true;
 }
 
 } // namespace larkspur

@@ -1,15 +1,36 @@
 #include "platform/Platform.h"
 
 #include "platform/linux/NativePseudoTerminal.h"
+#include "platform/linux/PamPasswordVerifier.h"
+#include "platform/linux/ProcessDumps.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 
+#include <unistd.h>
+
 namespace larkspur {
+
+namespace {
+
+/// The session's runtime folder, if it is what it should be: the person's own, and closed to others.
+QString runtimeFolder() {
+    const QFileInfo folder(qEnvironmentVariable("XDG_RUNTIME_DIR"));
+    const auto others = QFile::ReadGroup | QFile::ReadOther | QFile::WriteGroup | QFile::WriteOther;
+    const bool isPrivate = folder.isDir() && folder.isWritable() && folder.ownerId() == ::getuid() &&
+                           !(folder.permissions() & others);
+    return isPrivate ? folder.absoluteFilePath() : QString();
+}
+
+} // namespace
 
 Platform makePlatform() {
     return {
         .terminal = std::make_unique<NativePseudoTerminal>(),
+        .passwordVerifier = std::make_unique<PamPasswordVerifier>(),
+        .passwordStore = std::make_unique<NullPasswordStore>(),
+        .memoryProtection = std::make_unique<ProcessDumps>(),
         .preferenceStore = std::make_unique<QSettings>(
             QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
                 QStringLiteral("/Larkspur/preferences.ini"),
@@ -19,6 +40,7 @@ Platform makePlatform() {
                            QStringLiteral("/home/linuxbrew/.linuxbrew/bin/brew")},
         .applicationFolders = {QDir::homePath() + QStringLiteral("/.config/apps"),
                                QStringLiteral("/Applications")},
+        .memoryFolder = runtimeFolder(),
     };
 }
 

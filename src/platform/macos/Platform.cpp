@@ -1,5 +1,8 @@
 #include "platform/Platform.h"
 
+#include "platform/macos/DirectoryPasswordVerifier.h"
+#include "platform/macos/KeychainPasswordStore.h"
+#include "platform/macos/ProcessDumps.h"
 #include "platform/macos/ScriptPseudoTerminal.h"
 
 #include <QDir>
@@ -9,6 +12,9 @@ namespace larkspur {
 Platform makePlatform() {
     return {
         .terminal = std::make_unique<ScriptPseudoTerminal>(),
+        .passwordVerifier = std::make_unique<DirectoryPasswordVerifier>(),
+        .passwordStore = std::make_unique<KeychainPasswordStore>(),
+        .memoryProtection = std::make_unique<ProcessDumps>(),
         // The user defaults of com.ferncastle.larkspur.
         .preferenceStore =
             std::make_unique<QSettings>(QStringLiteral("ferncastle.com"), QStringLiteral("larkspur")),

@@ -1,7 +1,7 @@
 #include "ui/operation/OperationPanel.h"
 
-#include "operations/FailureSummary.h"
 #include "operations/OperationCenter.h"
+#include "operations/outcome/FailureSummary.h"
 #include "ui/operation/OutputView.h"
 #include "ui/theme/Icons.h"
 

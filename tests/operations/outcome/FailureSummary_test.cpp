@@ -1,4 +1,4 @@
-#include "operations/FailureSummary.h"
+#include "operations/outcome/FailureSummary.h"
 
 #include <QTest>
 

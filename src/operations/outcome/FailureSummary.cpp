@@ -1,5 +1,6 @@
-#include "operations/FailureSummary.h"
+#include "operations/outcome/FailureSummary.h"
 
+#include "core/brew/BrewService.h"
 #include "core/errors/AppError.h"
 
 namespace larkspur {
@@ -40,16 +41,6 @@ FailureSummary needsLicence() {
         QStringLiteral("echo 'export HOMEBREW_ACCEPT_EULA=Y' >> ~/.zshrc")};
 }
 
-/// The lines that name a reason, for the classification and as the text of what no rule knows.
-QString reasons(const QStringList &output) {
-    QStringList lines;
-    for (const QString &line : output)
-        if (line.contains(QLatin1String("error:"), Qt::CaseInsensitive) ||
-            line.contains(QLatin1String("fatal:"), Qt::CaseInsensitive))
-            lines.append(line.startsWith(QLatin1String("==> ")) ? line.mid(4) : line);
-    return lines.isEmpty() ? output.join(QLatin1Char('\n')) : lines.join(QLatin1Char('\n'));
-}
-
 } // namespace
 
 bool isAppManagementBlock(const QString &output) {
@@ -76,7 +67,7 @@ FailureSummary summarizeFailure(const OperationRequest &request, const QStringLi
         return needsAdministrator(request);
     if (contains("accept the license terms") || contains("homebrew_accept_eula"))
         return needsLicence();
-    const AppError error{AppError::Kind::CommandFailed, reasons(output)};
+    const AppError error{AppError::Kind::CommandFailed, failureText(output)};
     return {error.message(), error.recoverySuggestion()};
 }
 

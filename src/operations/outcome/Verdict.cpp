@@ -1,4 +1,4 @@
-#include "operations/Verdict.h"
+#include "operations/outcome/Verdict.h"
 
 #include <algorithm>
 

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "core/async/Task.h"
+
+#include <QString>
+
+#include <optional>
+
+namespace larkspur::cli {
+
+/// The terminal at which the person sits, wherever standard input and output lead.
+class ControllingTerminal {
+  public:
+    enum class Echo { On, Off };
+
+    /// Whether there is one.
+    static bool exists();
+
+    /// Writes the prompt and waits for a line, without its line feed. Nothing at the end of input, when stop
+    /// is requested, or without a terminal. The echo is on again afterwards, whatever happened.
+    static Task<std::optional<QString>> readLine(QString prompt, Echo echo, StopToken stop);
+
+    static void write(const QString &text);
+};
+
+} // namespace larkspur::cli

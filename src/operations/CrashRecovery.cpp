@@ -1,0 +1,32 @@
+#include "operations/CrashRecovery.h"
+
+#include "core/authorization/AskpassFiles.h"
+#include "core/brew/BrewPathResolver.h"
+#include "core/lock/OperationLock.h"
+#include "operations/oclp/CopyXattrsStub.h"
+#include "operations/retry/MovedAside.h"
+
+#include <QFileInfo>
+
+namespace larkspur {
+
+CrashRecovery::CrashRecovery(Parts parts)
+    : m_parts(std::move(parts)) {}
+
+Task<> CrashRecovery::run() {
+    const std::optional<QString> brew = co_await m_parts.resolver.resolve();
+    // Where the executable lies tells the prefix without asking it.
+    const QString prefix = brew ? QFileInfo(QFileInfo(*brew).absolutePath()).absolutePath() : QString();
+    const bool hasWork = m_parts.askpass.hasLeftover() || QFileInfo::exists(m_parts.movedAsideNote) ||
+                         CopyXattrsStub::hasLeftover(prefix);
+    if (!hasWork)
+        co_return;
+    const auto lock = co_await m_parts.lock.tryAcquire();
+    if (!lock)
+        co_return;
+    m_parts.askpass.removeLeftover();
+    CopyXattrsStub::recover(prefix, m_parts.logger);
+    MovedAside::recover(m_parts.movedAsideNote, m_parts.logger);
+}
+
+} // namespace larkspur

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "core/async/Task.h"
+
+#include <QString>
+
+namespace larkspur {
+
+class AskpassFiles;
+class BrewPathResolver;
+class Logger;
+class OperationLock;
+
+/// Puts right, at the start of the program, what an operation left behind when the program died: the secret
+/// for sudo, Homebrew's script that was replaced, applications that stand aside.
+class CrashRecovery {
+  public:
+    struct Parts {
+        BrewPathResolver &resolver;
+        OperationLock &lock;
+        const AskpassFiles &askpass;
+        QString movedAsideNote;
+        Logger &logger;
+    };
+    explicit CrashRecovery(Parts parts);
+
+    /// Does nothing while an operation of this or another process is alive: then nothing was left behind.
+    Task<> run();
+
+  private:
+    Parts m_parts;
+};
+
+} // namespace larkspur

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+
+namespace larkspur {
+
+/// What the folders of a Homebrew say is installed, read without brew. Blocking: run it in a worker.
+class InstalledPackages {
+  public:
+    /// Empty for a prefix that cannot be read.
+    static InstalledPackages at(const QString &prefix);
+
+    /// Versions of a formula, under its short name or an alias; empty if it is not installed.
+    QStringList formulaVersions(const QString &name) const;
+    QStringList caskVersions(const QString &token) const;
+    QStringList versions(const QString &name, bool isCask) const {
+        return isCask ? caskVersions(name) : formulaVersions(name);
+    }
+    bool isPinned(const QString &name, bool isCask) const;
+
+    /// Short names of the formulae that have a version which `earlier` had not.
+    QStringList formulaeNewSince(const InstalledPackages &earlier) const;
+
+  private:
+    QHash<QString, QStringList> m_formulae;
+    QHash<QString, QString> m_aliases; ///< name of a link in opt to the short name it leads to
+    QHash<QString, QStringList> m_casks;
+    QStringList m_pinnedFormulae;
+    QStringList m_pinnedCasks;
+};
+
+/// Where the applications of an installed cask belong, from the links that Homebrew keeps in the Caskroom.
+QStringList applicationsOf(const QString &prefix, const QString &token);
+
+} // namespace larkspur

@@ -1,0 +1,61 @@
+#include "operations/retry/ForcedRetry.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace larkspur {
+
+namespace {
+
+QStringList forcedArguments(const QString &command, const PackageTarget &package) {
+    return {command, QStringLiteral("--cask"), QStringLiteral("--force"), package.name};
+}
+
+bool namesMissingApp(const QString &line, const QStringList &appsAtTheirPlace) {
+    if (!line.contains(QLatin1String("source '")) || !line.contains(QLatin1String("is not there")))
+        return false;
+    return line.contains(QLatin1String("/Caskroom/")) ||
+           std::ranges::any_of(appsAtTheirPlace, [&line](const QString &path) {
+               return line.contains(QLatin1Char('\'') + path + QLatin1Char('\'')) && !QFileInfo::exists(path);
+           });
+}
+
+bool refusesAdoptWithForce(const QStringList &output) {
+    return std::ranges::any_of(output, [](const QString &line) {
+        return line.contains(QLatin1String("Options --adopt and --force are mutually exclusive"));
+    });
+}
+
+} // namespace
+
+std::optional<ForcedRetry> forcedRetryFor(const OperationRequest &request, const PackageTarget &package,
+                                          const QStringList &output, const QStringList &appsAtTheirPlace) {
+    if (!package.isCask)
+        return std::nullopt;
+    if (request.kind == OperationKind::Install && refusesAdoptWithForce(output))
+        return ForcedRetry{
+            QStringLiteral("==> This Homebrew does not adopt and force at once. Retrying with --force…"),
+            forcedArguments(QStringLiteral("install"), package)};
+    const bool isUpdate = request.isUpgrade();
+    if (!isUpdate && request.kind != OperationKind::Uninstall)
+        return std::nullopt;
+    const QString command = isUpdate ? QStringLiteral("reinstall") : QStringLiteral("uninstall");
+    if (std::ranges::any_of(output,
+                            [&](const QString &line) { return namesMissingApp(line, appsAtTheirPlace); }))
+        return ForcedRetry{
+            QStringLiteral("==> %1 was removed outside Homebrew, but Homebrew still lists it as "
+                           "installed. Retrying with --force…")
+                .arg(package.name),
+            forcedArguments(command, package)};
+    if (isUpdate && std::ranges::any_of(output, [](const QString &line) {
+            return line.contains(QLatin1String("It seems there is already a"));
+        }))
+        return ForcedRetry{
+            QStringLiteral("==> An older copy of %1 is blocking the update. Retrying with --force…")
+                .arg(package.name),
+            forcedArguments(command, package)};
+    return std::nullopt;
+}
+
+} // namespace larkspur

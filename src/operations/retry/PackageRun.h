@@ -1,0 +1,50 @@
+#pragma once
+
+#include "core/brew/BrewService.h"
+#include "operations/OperationReport.h"
+
+namespace larkspur {
+
+class Logger;
+
+/// The command of an operation for one of its packages, run again with the administrator password or with
+/// force where its output calls for that. Lives until its task has ended.
+class PackageRun {
+  public:
+    struct Setting {
+        BrewSession *session;
+        OperationContext context;
+        QString prefix;   ///< of Homebrew; empty where unknown
+        QString noteFile; ///< for applications that stand aside
+        Logger *logger;
+    };
+
+    /// How many passwords that sudo rejects end the operation.
+    static constexpr int passwordLimit = 5;
+
+    PackageRun(Setting setting, OperationRequest request, PackageTarget package);
+
+    /// Fails if brew could not be run or was stopped.
+    Task<Result<PackageEnd>> run();
+    /// Whether the last run of the command warned of something.
+    bool hasWarnings() const { return m_hasWarnings; }
+
+  private:
+    Task<Result<BrewRun>> attempt(std::optional<Password> password);
+    Task<Result<BrewRun>> attemptReinstallation(BrewCommand command);
+    Task<Result<BrewRun>> stream(BrewCommand command);
+    Task<std::optional<Password>> askForPassword();
+    std::optional<PackageEnd> endOf(const BrewRun &run, bool hadPassword);
+    bool forceNext(const BrewRun &run);
+    void say(const QString &line) const;
+
+    Setting m_setting;
+    OperationRequest m_request;
+    PackageTarget m_package;
+    QStringList m_arguments;
+    int m_rejectedPasswords = 0;
+    bool m_isForced = false;
+    bool m_hasWarnings = false;
+};
+
+} // namespace larkspur
