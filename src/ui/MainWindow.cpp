@@ -4,6 +4,7 @@
 #include "ui/Screen.h"
 #include "ui/ScreenRegistry.h"
 #include "ui/Sidebar.h"
+#include "ui/authorization/PasswordSheet.h"
 #include "ui/operation/OperationPanel.h"
 #include "ui/settings/SettingsDialog.h"
 #include "ui/startup/StartupScreen.h"
@@ -52,6 +53,7 @@ MainWindow::MainWindow(Larkspur &larkspur)
     , m_brewVersion(new QLabel)
     , m_screenStack(new QStackedWidget)
     , m_operationPanel(new OperationPanel(larkspur.operations())) {
+    new PasswordSheet(larkspur.sudoAuth(), this); // opens by itself
     setWindowTitle(QStringLiteral("Larkspur") + larkspur.locations().titleSuffix);
     setWindowIcon(QIcon(QStringLiteral(":/larkspur.svg")));
     m_splitter->addWidget(makeSidebarColumn());
@@ -232,7 +234,8 @@ void MainWindow::showPackage(const PackageId &id) {
 }
 
 void MainWindow::showSettings() {
-    auto *dialog = new SettingsDialog(m_larkspur.preferences(), this);
+    auto *dialog =
+        new SettingsDialog({m_larkspur.preferences(), m_larkspur.storedPassword(), m_larkspur.tasks()}, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::finished, this, [this] {
         if (!m_isReady)

@@ -17,9 +17,13 @@ QString tr(const char *text) {
     return QCoreApplication::translate("Screens", text);
 }
 
+PackageActions::Services actionServices(Larkspur &larkspur) {
+    return {larkspur.operations(), larkspur.planner(), larkspur.preferences(), larkspur.tasks()};
+}
+
 Screen *makeInstalled(Larkspur &larkspur, InstalledKind kind) {
-    return new InstalledScreen(kind, {larkspur.inventory(), larkspur.queries(), larkspur.packageSizes(),
-                                      larkspur.operations(), larkspur.preferences(), larkspur.tasks()});
+    return new InstalledScreen(
+        kind, {larkspur.inventory(), larkspur.queries(), larkspur.packageSizes(), actionServices(larkspur)});
 }
 
 QList<ScreenEntry> makeRegistry() {
@@ -33,7 +37,7 @@ QList<ScreenEntry> makeRegistry() {
          .count = [](const Inventory &inventory) { return inventory.outdatedPackages.size(); },
          .make = [](Larkspur &larkspur) -> Screen * {
              return new UpdatesScreen({larkspur.inventory(), larkspur.queries(), larkspur.catalogueUpdate(),
-                                       larkspur.operations(), larkspur.tasks()});
+                                       actionServices(larkspur)});
          }},
         {.id = QStringLiteral("formulae"),
          .group = tr("Packages"),
@@ -67,8 +71,7 @@ QList<ScreenEntry> makeRegistry() {
          .inSimpleMode = true,
          .count = {},
          .make = [](Larkspur &larkspur) -> Screen * {
-             return new SearchScreen(
-                 {larkspur.inventory(), larkspur.queries(), larkspur.operations(), larkspur.tasks()});
+             return new SearchScreen({larkspur.inventory(), larkspur.queries(), actionServices(larkspur)});
          }},
         {.id = QStringLiteral("services"),
          .group = tr("System"),

@@ -3,9 +3,11 @@
 #include "ui/MainWindow.h"
 #include "ui/Screen.h"
 #include "ui/ScreenRegistry.h"
+#include "ui/authorization/PasswordSheet.h"
 #include "ui/details/PackageDetails.h"
 #include "ui/operation/OperationPanel.h"
 #include "ui/operation/OutputView.h"
+#include "ui/operation/PlanSheet.h"
 #include "ui/settings/SettingsDialog.h"
 #include "ui/startup/StartupScreen.h"
 #include "ui/widgets/PackageTable.h"
@@ -20,6 +22,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QTreeWidget>
 
 using namespace larkspur;
 using namespace larkspur::test;
@@ -164,6 +167,13 @@ class MainWindowTest : public QObject {
         auto *table = world.visible<ui::PackageTable>();
         table->select({"heron", false});
         QTest::mouseClick(world.button("Upgrade Selected"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.shows("Upgrade heron?"); }));
+        QVERIFY(spinUntil(
+            [&] { return world.visible<ui::PlanSheet>()->findChild<QTreeWidget *>()->isVisible(); }));
+        const auto *changes = world.visible<ui::PlanSheet>()->findChild<QTreeWidget *>();
+        QCOMPARE(changes->topLevelItem(changes->topLevelItemCount() - 1)->text(0), "heron");
+        QVERIFY(!world.larkspur->operations().shown()); // nothing happens before the answer
+        world.visible<ui::PlanSheet>()->accept();
         QVERIFY(spinUntil([&] { return world.larkspur->operations().shown(); }));
         const OperationRun *run = world.larkspur->operations().shown();
         QVERIFY(spinUntil([&] { return !run->isRunning() && world.larkspur->tasks().isDrained(); }));
@@ -174,6 +184,65 @@ class MainWindowTest : public QObject {
         world.window->findChild<ui::OperationPanel *>()->setOutputVisible(true);
         QTRY_VERIFY(
             world.window->findChild<ui::OutputView *>()->toPlainText().contains("==> Upgrading heron"));
+    }
+
+    void thePasswordSheet() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        OperationRun *run = world.larkspur->operations().start(
+            {.kind = OperationKind::Upgrade, .packages = {{"granite-vault", true}}});
+        QVERIFY(spinUntil([&] { return world.visible<ui::PasswordSheet>(); }));
+        QCOMPARE(run->state(), OperationRun::State::AskingForPassword);
+        auto *sheet = world.visible<ui::PasswordSheet>();
+        QVERIFY(world.shows("Larkspur needs your administrator password to finish updating granite-vault."));
+        auto *field = sheet->findChild<QLineEdit *>();
+        QVERIFY(!world.button("Continue")->isEnabled());
+        QTest::keyClicks(field, "wrong");
+        QTest::keyClick(field, Qt::Key_Return);
+        QVERIFY(spinUntil([&] { return world.shows("That password was incorrect. Please try again."); }));
+        QCOMPARE(field->text(), QString());
+        QTest::keyClicks(field, "sesame");
+        QTest::keyClick(field, Qt::Key_Return);
+        QVERIFY(spinUntil([&] { return !run->isRunning(); }));
+        QCOMPARE(run->outcome(), OperationOutcome::Succeeded);
+        QVERIFY(!sheet->isVisible() && field->text().isEmpty());
+    }
+
+    void leavingThePasswordSheet_data() {
+        QTest::addColumn<bool>("byClosingTheWindow");
+        QTest::newRow("Escape") << false;
+        QTest::newRow("closing the window") << true;
+    }
+    void leavingThePasswordSheet() {
+        QFETCH(bool, byClosingTheWindow);
+        World world;
+        QVERIFY(world.startAndLoad());
+        const OperationRun *run = world.larkspur->operations().start(
+            {.kind = OperationKind::Upgrade, .packages = {{"granite-vault", true}}});
+        QVERIFY(spinUntil([&] { return world.visible<ui::PasswordSheet>(); }));
+        if (byClosingTheWindow) {
+            world.window->close();
+            QTest::mouseClick(world.button("Stop and Quit"), Qt::LeftButton);
+        } else {
+            QTest::keyClick(world.visible<ui::PasswordSheet>(), Qt::Key_Escape);
+        }
+        QVERIFY(spinUntil([&] { return !run->isRunning(); }));
+        QCOMPARE(run->wasStopped(), byClosingTheWindow);
+        QCOMPARE(run->wasCancelled(), !byClosingTheWindow);
+        QVERIFY(!world.visible<ui::PasswordSheet>());
+    }
+
+    void servicesCanBeRestarted() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        const OperationRun *run = world.larkspur->operations().start(
+            {.kind = OperationKind::Upgrade, .packages = {{"meadowdb", false}}});
+        QVERIFY(spinUntil([&] { return world.button("Restart meadowdb"); }));
+        QTest::mouseClick(world.button("Restart meadowdb"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.larkspur->operations().shown() != run; }));
+        const OperationRun *restart = world.larkspur->operations().shown();
+        QVERIFY(spinUntil([&] { return !restart->isRunning(); }));
+        QCOMPARE(restart->outcome(), OperationOutcome::Succeeded);
     }
 
     void aFailureOpensTheOutput() {

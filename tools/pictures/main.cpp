@@ -2,6 +2,7 @@
 #include "ui/MainWindow.h"
 #include "ui/Screen.h"
 #include "ui/operation/OperationPanel.h"
+#include "ui/operation/PlanSheet.h"
 #include "ui/settings/SettingsDialog.h"
 #include "ui/theme/Appearance.h"
 
@@ -57,6 +58,13 @@ void fillWithLongTexts(Inventory &inventory) {
     }
 }
 
+void showPlan(Larkspur &larkspur, ui::MainWindow &window, const OperationRequest &request) {
+    auto *sheet =
+        new ui::PlanSheet({larkspur.planner(), larkspur.preferences(), larkspur.tasks()}, request, &window);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->open();
+}
+
 std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
     return {
         {QStringLiteral("updates"), 2500, [&] { selectRow(window, 6); }},
@@ -89,9 +97,46 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
         {QStringLiteral("taps"), 300, [&] { window.showScreen(QStringLiteral("taps")); }},
         {QStringLiteral("settings"), 300,
          [&] {
-             auto *dialog = new ui::SettingsDialog(larkspur.preferences(), &window);
+             auto *dialog = new ui::SettingsDialog(
+                 {larkspur.preferences(), larkspur.storedPassword(), larkspur.tasks()}, &window);
              dialog->setAttribute(Qt::WA_DeleteOnClose);
              dialog->show();
+         }},
+        {QStringLiteral("plan-upgrade"), 3500,
+         [&] {
+             showPlan(larkspur, window,
+                      {.kind = OperationKind::Upgrade,
+                       .packages = {{QStringLiteral("quillmark"), false},
+                                    {QStringLiteral("granite-vault"), true},
+                                    {QStringLiteral("kelp"), false, QStringLiteral("1.0"),
+                                     QStringLiteral("1.1"), true}}});
+         }},
+        {QStringLiteral("plan-removal"), 2500,
+         [&] {
+             showPlan(larkspur, window,
+                      {.kind = OperationKind::Uninstall,
+                       .packages = {{QStringLiteral("libtide"), false, QStringLiteral("0.9.11")}}});
+         }},
+        {QStringLiteral("password"), 5000,
+         [&] {
+             larkspur.operations().start(
+                 {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("granite-vault"), true}}});
+         }},
+        {QStringLiteral("password-cancelled"), 500, [] {}},
+        {QStringLiteral("services-restart"), 5000,
+         [&] {
+             larkspur.operations().start(
+                 {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("meadowdb"), false}}});
+         }},
+        {QStringLiteral("rolled-back"), 5000,
+         [&] {
+             larkspur.operations().start(
+                 {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("osprey-sync"), true}}});
+         }},
+        {QStringLiteral("licence"), 4000,
+         [&] {
+             larkspur.operations().start(
+                 {.kind = OperationKind::Install, .packages = {{QStringLiteral("toadflax-odbc"), false}}});
          }},
         {QStringLiteral("upgrade"), 3500,
          [&] {
@@ -126,9 +171,9 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
 
 void draw(ui::MainWindow &window, const QString &path) {
     QWidget *subject = &window;
-    if (auto *dialog = window.findChild<QDialog *>()) {
-        subject = dialog;
-    }
+    for (auto *dialog : window.findChildren<QDialog *>())
+        if (dialog->isVisible())
+            subject = dialog;
     subject->grab().save(path);
     std::printf("%s\n", qPrintable(path));
     if (subject != &window)

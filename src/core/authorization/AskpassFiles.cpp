@@ -23,7 +23,7 @@ const QString memoryFilePrefix = QStringLiteral("larkspur-askpass-");
 /// The script quotes the path, so the few characters that mean something inside quotes are escaped.
 QByteArray scriptText(const QString &secretPath) {
     QString path = secretPath;
-    path.replace(QRegularExpression(QStringLiteral("([\\\\\"$`])")), QStringLiteral("\\\\\\1"));
+    path.replace(QRegularExpression(QStringLiteral("([\\\\\"$`])")), QStringLiteral("\\\\1"));
     return QStringList{QStringLiteral("#!/bin/bash"),
                        QStringLiteral("if [ -n \"$LARKSPUR_ASKPASS_PASSWORD\" ]; then"),
                        QStringLiteral("  printf '%s\\n' \"$LARKSPUR_ASKPASS_PASSWORD\""),

@@ -35,14 +35,17 @@ const QByteArray &Password::utf8() const {
 }
 
 // The data is reached through the const pointer on purpose: the other one would first make a copy of shared
-// characters, and the copy would be wiped instead of them.
+// characters, and the copy would be wiped instead of them. Literals live in memory that cannot be written.
 void wipe(QString &text) {
-    overwrite(const_cast<QChar *>(text.constData()), static_cast<std::size_t>(text.size()) * sizeof(QChar));
+    if (text.data_ptr().isMutable())
+        overwrite(const_cast<QChar *>(text.constData()),
+                  static_cast<std::size_t>(text.size()) * sizeof(QChar));
     text = QString();
 }
 
 void wipe(QByteArray &bytes) {
-    overwrite(const_cast<char *>(bytes.constData()), static_cast<std::size_t>(bytes.size()));
+    if (bytes.data_ptr().isMutable())
+        overwrite(const_cast<char *>(bytes.constData()), static_cast<std::size_t>(bytes.size()));
     bytes = QByteArray();
 }
 

@@ -164,7 +164,8 @@ void PackageDetails::addButtons() {
         row->addWidget(button);
     };
     if (!package.newVersion.isEmpty())
-        add(QStringLiteral("upgrade"), tr("Upgrade"), [this, package] { m_actions.upgrade({package}); });
+        add(QStringLiteral("upgrade"), tr("Upgrade"),
+            [this, package] { m_actions.upgrade({package}, this); });
     if (package.installed)
         add(QStringLiteral("uninstall"), tr("Uninstall…"),
             [this, package] { m_actions.uninstall({package}, window()); });

@@ -19,7 +19,9 @@ struct PackageRow {
     QDateTime installedOn;
     qint64 bytes = -1; ///< -1: not measured
 
-    PackageTarget target() const { return {fullName, id.isCask}; }
+    PackageTarget target() const {
+        return {fullName, id.isCask, version, newVersion.isEmpty() ? version : newVersion, pinned};
+    }
     bool matches(const QString &text) const;
     bool operator==(const PackageRow &) const = default;
 };

@@ -1,8 +1,11 @@
 #include "ui/operation/OperationPanel.h"
 
 #include "operations/OperationCenter.h"
+#include "operations/TerminalCommand.h"
 #include "operations/outcome/FailureSummary.h"
+
 #include "ui/operation/OutputView.h"
+#include "ui/operation/RunInTerminal.h"
 #include "ui/theme/Icons.h"
 
 #include <QHBoxLayout>
@@ -39,6 +42,8 @@ OperationPanel::OperationPanel(OperationCenter &operations, QWidget *parent)
     , m_stop(new QPushButton(icon(QStringLiteral("stop")), tr("Stop"), this))
     , m_toggle(new QToolButton(this))
     , m_dismiss(new QToolButton(this))
+    , m_restart(new QPushButton(icon(QStringLiteral("services")), QString(), this))
+    , m_terminal(new QPushButton(icon(QStringLiteral("output")), tr("Run in Terminal"), this))
     , m_summary(new QLabel(this))
     , m_output(new OutputView(this)) {
     QFont bold = m_title->font();
@@ -75,7 +80,7 @@ OperationPanel::OperationPanel(OperationCenter &operations, QWidget *parent)
     row->setSpacing(10);
     row->addWidget(m_picture);
     row->addLayout(middle, 1);
-    for (QWidget *button : QList<QWidget *>{m_stop, m_toggle, m_dismiss})
+    for (QWidget *button : QList<QWidget *>{m_restart, m_terminal, m_stop, m_toggle, m_dismiss})
         row->addWidget(button);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -94,6 +99,9 @@ OperationPanel::OperationPanel(OperationCenter &operations, QWidget *parent)
     });
     connect(m_toggle, &QToolButton::toggled, m_output, &QWidget::setVisible);
     connect(m_dismiss, &QToolButton::clicked, this, &QWidget::hide);
+    connect(m_restart, &QPushButton::clicked, this, &OperationPanel::restartServices);
+    connect(m_terminal, &QPushButton::clicked, this,
+            [this] { runInTerminal(commandForTerminal(), window()); });
     connect(&operations, &OperationCenter::started, this, [this](OperationRun *run) {
         if (!m_run || !m_run->isRunning())
             follow(run);
@@ -138,6 +146,8 @@ void OperationPanel::update() {
     m_stop->setEnabled(!m_run->isStopping());
     m_bar->setVisible(m_run->isRunning());
     m_dismiss->setVisible(!m_run->isRunning());
+    m_restart->hide();
+    m_terminal->hide();
     m_summary->hide();
     if (m_run->isRunning())
         updateRunning();
@@ -153,6 +163,8 @@ void OperationPanel::updateRunning() {
         words.append(tr("Stopping; Homebrew gets a moment to clean up…"));
     else if (m_run->state() == OperationRun::State::Queued)
         words.append(tr("Waiting for its turn…"));
+    else if (m_run->state() == OperationRun::State::AskingForPassword)
+        words.append(tr("Waiting for your password…"));
     else if (m_run->silence() > std::chrono::seconds(0))
         words.append(tr("Nothing has come from Homebrew for %1 s. You can wait or stop it.")
                          .arg(m_run->silence().count()));
@@ -173,16 +185,38 @@ void OperationPanel::updateRunning() {
 
 void OperationPanel::updateFinished() {
     m_picture->setPixmap(icon(outcomeIcon(*m_run)).pixmap(QSize(22, 22)));
-    if (m_run->wasStopped())
+    const bool hasFailed = m_run->outcome() == OperationOutcome::Failed;
+    m_terminal->setVisible(hasFailed && !m_run->wasStopped());
+    const QStringList services = m_run->report().servicesToRestart;
+    m_restart->setVisible(!services.isEmpty());
+    m_restart->setText(services.size() == 1 ? tr("Restart %1").arg(services.first())
+                                            : tr("Restart %1 Services").arg(services.size()));
+    if (m_run->wasCancelled())
+        m_detail->setText(tr("Cancelled. The operation may be incomplete."));
+    else if (m_run->wasStopped())
         m_detail->setText(tr("Stopped. The operation may be incomplete."));
-    else if (m_run->outcome() == OperationOutcome::Failed)
+    else if (hasFailed)
         showFailure();
     else if (m_run->outcome() == OperationOutcome::CompletedWithWarnings)
         m_detail->setText(tr("Completed with warnings"));
     else
         m_detail->setText(tr("Done"));
-    if (m_run->outcome() == OperationOutcome::Failed && !m_run->wasStopped())
+    if (hasFailed && !m_run->wasStopped() && !m_run->wasCancelled())
         setOutputVisible(true);
+}
+
+void OperationPanel::restartServices() {
+    OperationRequest request{.kind = OperationKind::RestartService};
+    for (const QString &name : m_run->report().servicesToRestart)
+        request.packages.append({.name = name});
+    m_operations.start(request);
+}
+
+QString OperationPanel::commandForTerminal() const {
+    if (!m_run)
+        return {};
+    const QString needed = summarizeFailure(m_run->request(), m_run->transcript().lines()).commandToCopy;
+    return needed.isEmpty() ? terminalCommand(m_run->request()) : needed;
 }
 
 void OperationPanel::showFailure() {

@@ -33,6 +33,8 @@ class OperationPanel : public QFrame {
     void updateRunning();
     void updateFinished();
     void showFailure();
+    void restartServices();
+    QString commandForTerminal() const;
 
     OperationCenter &m_operations;
     OperationRun *m_run = nullptr;
@@ -43,7 +45,9 @@ class OperationPanel : public QFrame {
     QPushButton *m_stop;
     QToolButton *m_toggle;
     QToolButton *m_dismiss;
-    QLabel *m_summary; ///< of a failed operation
+    QPushButton *m_restart;  ///< services that still run old files
+    QPushButton *m_terminal; ///< run it, or what it needs, in a terminal
+    QLabel *m_summary;       ///< of a failed operation
     OutputView *m_output;
     QTimer m_updateTimer;
 };

@@ -48,17 +48,17 @@ const QStringList &orderNames() {
 
 InstalledScreen::InstalledScreen(InstalledKind kind, Services services)
     : PackageScreen(titleOf(kind), tr("Filter by name or description"), services.inventory, services.queries,
-                    services.operations, services.tasks)
+                    services.actions)
     , m_kind(kind)
     , m_services(services)
     , m_order(new QComboBox) {
     m_order->addItems({tr("By name"), tr("By install date"), tr("By size")});
     m_order->setAccessibleName(tr("Sort order"));
     header()->addControl(m_order);
-    const auto stored = orderNames().indexOf(services.preferences.string(keys::packageSortOrder));
+    const auto stored = orderNames().indexOf(services.actions.preferences.string(keys::packageSortOrder));
     m_order->setCurrentIndex(static_cast<int>(std::max<qsizetype>(0, stored)));
     connect(m_order, &QComboBox::activated, this, [this](int index) {
-        m_services.preferences.set(keys::packageSortOrder, orderNames()[index]);
+        m_services.actions.preferences.set(keys::packageSortOrder, orderNames()[index]);
         applyOrder();
     });
     connect(filterField(), &QLineEdit::textChanged, this, [this](const QString &text) {
@@ -79,7 +79,7 @@ void InstalledScreen::reload() {
     const Inventory &value = inventory().value();
     const bool wantsSizes = m_order->currentIndex() == static_cast<int>(PackageSortOrder::Size);
     if (wantsSizes && value.hasLoaded && !value.hasLoadedPackageSizes && !value.isLoadingPackageSizes)
-        m_services.tasks.spawn(QStringLiteral("Measuring sizes"), m_services.sizes.measure());
+        m_services.actions.tasks.spawn(QStringLiteral("Measuring sizes"), m_services.sizes.measure());
     table()->setRows(packageRows(value, selectionOf(m_kind)));
     const auto count = table()->model().totalRows();
     header()->setSubtitle((wantsSizes && value.isLoadingPackageSizes ? tr("Calculating sizes…")

@@ -21,9 +21,7 @@ class InstalledScreen : public PackageScreen {
         InventoryState &inventory;
         InventoryQueries &queries;
         PackageSizes &sizes;
-        OperationCenter &operations;
-        Preferences &preferences;
-        TaskScope &tasks;
+        PackageActions::Services actions;
     };
 
     InstalledScreen(InstalledKind kind, Services services);

@@ -12,12 +12,12 @@
 namespace larkspur::ui {
 
 PackageScreen::PackageScreen(const QString &title, const QString &filterHint, InventoryState &inventory,
-                             InventoryQueries &queries, OperationCenter &operations, TaskScope &tasks)
+                             InventoryQueries &queries, PackageActions::Services actions)
     : m_inventory(inventory)
-    , m_actions(operations)
+    , m_actions(actions)
     , m_header(new ScreenHeader(title, filterHint))
     , m_table(new PackageTable(m_actions, title))
-    , m_details(new PackageDetails(inventory, queries, tasks, m_actions)) {
+    , m_details(new PackageDetails(inventory, queries, actions.tasks, m_actions)) {
     auto *list = new QWidget;
     auto *listLayout = new QVBoxLayout(list);
     listLayout->setContentsMargins(0, 0, 0, 0);

@@ -25,7 +25,7 @@ class PackageScreen : public Screen {
     Q_OBJECT
   public:
     PackageScreen(const QString &title, const QString &filterHint, InventoryState &inventory,
-                  InventoryQueries &queries, OperationCenter &operations, TaskScope &tasks);
+                  InventoryQueries &queries, PackageActions::Services actions);
 
     QLineEdit *filterField() const override;
     bool showPackage(const PackageId &id) override;

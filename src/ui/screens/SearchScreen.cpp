@@ -67,7 +67,7 @@ Task<> ask(InventoryQueries *queries, QString text, StopToken stop, QPointer<QOb
 
 SearchScreen::SearchScreen(Services services)
     : PackageScreen(tr("Search"), tr("Search installed and available packages"), services.inventory,
-                    services.queries, services.operations, services.tasks)
+                    services.queries, services.actions)
     , m_services(services) {
     table()->model().setMarksInstalled(true);
     table()->model().setMarksUpdates(false); // the version column shows them
@@ -99,9 +99,10 @@ void SearchScreen::askHomebrew() {
     m_stop.request_stop();
     m_stop = StopSource();
     m_isAsking = true;
-    m_services.tasks.spawn(QStringLiteral("The search for ") + text,
-                           ask(&m_services.queries, text, m_stop.get_token(), this,
-                               [this, text](const Result<SearchHits> &answer) { onAnswer(text, answer); }));
+    m_services.actions.tasks.spawn(
+        QStringLiteral("The search for ") + text,
+        ask(&m_services.queries, text, m_stop.get_token(), this,
+            [this, text](const Result<SearchHits> &answer) { onAnswer(text, answer); }));
     reload();
 }
 

@@ -13,8 +13,7 @@ class SearchScreen : public PackageScreen {
     struct Services {
         InventoryState &inventory;
         InventoryQueries &queries;
-        OperationCenter &operations;
-        TaskScope &tasks;
+        PackageActions::Services actions;
     };
 
     explicit SearchScreen(Services services);

@@ -29,7 +29,7 @@ Task<> check(CatalogueUpdate *update, QPointer<QObject> asker, std::function<voi
 
 UpdatesScreen::UpdatesScreen(Services services)
     : PackageScreen(tr("Updates"), tr("Filter updates"), services.inventory, services.queries,
-                    services.operations, services.tasks)
+                    services.actions)
     , m_services(services)
     , m_check(new QPushButton(icon(QStringLiteral("refresh")), tr("Check Now")))
     , m_upgradeSelected(new QPushButton(tr("Upgrade Selected")))
@@ -43,17 +43,18 @@ UpdatesScreen::UpdatesScreen(Services services)
     }
     connect(m_check, &QPushButton::clicked, this, &UpdatesScreen::checkForUpdates);
     connect(m_upgradeSelected, &QPushButton::clicked, this,
-            [this] { actions().upgrade(table()->selectedRows()); });
-    connect(m_upgradeAll, &QPushButton::clicked, this,
-            [this] { actions().upgradeAll(static_cast<int>(upgradable().size())); });
+            [this] { actions().upgrade(table()->selectedRows(), this); });
+    connect(m_upgradeAll, &QPushButton::clicked, this, [this] {
+        actions().upgradeAll(packageRows(m_services.inventory.value(), PackageSelection::Outdated), this);
+    });
     connect(filterField(), &QLineEdit::textChanged, this, [this](const QString &text) {
         table()->setFilter(text.trimmed());
         showEmptyState();
     });
     connect(table()->emptyState(), &EmptyState::actionRequested, this, &UpdatesScreen::checkForUpdates);
     connect(table(), &PackageTable::currentChanged, this, &UpdatesScreen::updateButtons);
-    connect(&services.operations, &OperationCenter::started, this, &UpdatesScreen::updateButtons);
-    connect(&services.operations, &OperationCenter::finished, this, &UpdatesScreen::updateButtons);
+    connect(&services.actions.operations, &OperationCenter::started, this, &UpdatesScreen::updateButtons);
+    connect(&services.actions.operations, &OperationCenter::finished, this, &UpdatesScreen::updateButtons);
 }
 
 QList<PackageRow> UpdatesScreen::upgradable() const {
@@ -81,7 +82,7 @@ void UpdatesScreen::reload() {
 }
 
 void UpdatesScreen::updateButtons() {
-    const bool isBusy = !m_services.operations.unfinished().isEmpty();
+    const bool isBusy = !m_services.actions.operations.unfinished().isEmpty();
     const auto selected = table()->selectedRows();
     m_check->setEnabled(!m_isChecking);
     m_upgradeAll->setEnabled(!isBusy && !upgradable().isEmpty());
@@ -96,7 +97,7 @@ void UpdatesScreen::checkForUpdates() {
     m_isChecking = true;
     m_problem.clear();
     reload();
-    m_services.tasks.spawn(
+    m_services.actions.tasks.spawn(
         QStringLiteral("The check for updates"),
         check(&m_services.catalogueUpdate, this, [this](const Result<bool> &result) {
             m_isChecking = false;

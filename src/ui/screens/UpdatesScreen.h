@@ -18,8 +18,7 @@ class UpdatesScreen : public PackageScreen {
         InventoryState &inventory;
         InventoryQueries &queries;
         CatalogueUpdate &catalogueUpdate;
-        OperationCenter &operations;
-        TaskScope &tasks;
+        PackageActions::Services actions;
     };
 
     explicit UpdatesScreen(Services services);

@@ -1,6 +1,8 @@
 #include "ui/settings/SettingsDialog.h"
 
 #include "core/settings/Preferences.h"
+#include "ui/authorization/TouchIDSetting.h"
+#include "ui/widgets/HelpLabel.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -9,52 +11,87 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTabBar>
+#include <QTabWidget>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace larkspur::ui {
 
 namespace {
 
-QLabel *helpLabel(const QString &text) {
-    auto *label = new QLabel(text);
-    label->setWordWrap(true);
-    label->setForegroundRole(QPalette::PlaceholderText);
-    QFont font = label->font();
-    font.setPointSizeF(font.pointSizeF() * 0.92);
-    label->setFont(font);
-    return label;
+/// Widgets one below the other.
+QWidget *column(const QList<QWidget *> &widgets) {
+    auto *whole = new QWidget;
+    auto *layout = new QVBoxLayout(whole);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(18);
+    for (QWidget *widget : widgets)
+        layout->addWidget(widget);
+    return whole;
+}
+
+QWidget *page(const QList<QWidget *> &widgets) {
+    QWidget *whole = column(widgets);
+    auto *layout = static_cast<QVBoxLayout *>(whole->layout());
+    layout->setContentsMargins(10, 16, 10, 10);
+    layout->addStretch(1);
+    return whole;
 }
 
 } // namespace
 
-SettingsDialog::SettingsDialog(Preferences &preferences, QWidget *parent)
+SettingsDialog::SettingsDialog(Services services, QWidget *parent)
     : QDialog(parent)
-    , m_preferences(preferences) {
+    , m_preferences(services.preferences) {
     setWindowTitle(tr("Settings"));
-    setMinimumWidth(540);
-    auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(20, 18, 20, 14);
-    layout->setSpacing(16);
-    layout->addWidget(textSetting(
-        keys::brewPathOverride, tr("Custom Brew Path"),
-        tr("Override the brew executable Larkspur uses. Leave blank to auto-detect standard Homebrew "
-           "(/opt/homebrew, /usr/local) and Workbrew (/opt/workbrew/bin/brew). Set this if brew lives "
-           "somewhere else."),
-        false));
-    layout->addWidget(
-        textSetting(keys::customCaskAppdir, tr("Application Folder for Casks"),
-                    tr("Where casks put their applications. Leave blank for Homebrew's own choice."), true));
-    layout->addWidget(switchSetting(keys::includeAutoUpdateCasks,
-                                    tr("Include applications that update themselves"),
-                                    tr("Lists an update for every cask whose recorded version is older, even "
-                                       "if the application keeps itself "
-                                       "up to date.")));
-    layout->addWidget(switchSetting(keys::refreshOnActivate, tr("Refresh when Larkspur becomes active"),
-                                    tr("Reads the lists again each time you come back to the window.")));
-    layout->addStretch(1);
+    setMinimumWidth(580);
+    auto *pages = new QTabWidget;
+    pages->setDocumentMode(true);
+    pages->addTab(page({generalSettings()}), tr("General"));
+    pages->addTab(page({upgradeSettings(), new TouchIDSetting(services.storedPassword, services.tasks)}),
+                  tr("Upgrades"));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(12, 12, 12, 14);
+    layout->addWidget(pages, 1);
     layout->addWidget(buttons);
+    int height = 0;
+    for (int i = 0; i < pages->count(); ++i)
+        height = std::max(height, pages->widget(i)->heightForWidth(minimumWidth() - 24));
+    pages->setMinimumHeight(height + pages->tabBar()->sizeHint().height());
+}
+
+QWidget *SettingsDialog::generalSettings() {
+    return column(
+        {textSetting(
+             keys::brewPathOverride, tr("Custom Brew Path"),
+             tr("Override the brew executable Larkspur uses. Leave blank to auto-detect standard Homebrew "
+                "(/opt/homebrew, /usr/local) and Workbrew (/opt/workbrew/bin/brew). Set this if brew lives "
+                "somewhere else."),
+             false),
+         textSetting(keys::customCaskAppdir, tr("Application Folder for Casks"),
+                     tr("Where casks put their applications. Leave blank for Homebrew's own choice."), true),
+         switchSetting(keys::includeAutoUpdateCasks, tr("Include applications that update themselves"),
+                       tr("Lists an update for every cask whose recorded version is older, even if the "
+                          "application keeps itself up to date.")),
+         switchSetting(keys::refreshOnActivate, tr("Refresh when Larkspur becomes active"),
+                       tr("Reads the lists again each time you come back to the window."))});
+}
+
+QWidget *SettingsDialog::upgradeSettings() {
+    return column(
+        {switchSetting(keys::showOperationPlan, tr("Show what will happen before upgrades and removals"),
+                       tr("Lists the packages, versions and dependents that Homebrew is going to touch, and "
+                          "lets you think again."),
+                       true),
+         switchSetting(
+             keys::useReinstallForCasks, tr("Use reinstall for cask upgrades"),
+             tr("Enable \"Use reinstall for cask upgrades\" if you experience \"listxattr for destination "
+                "failed\" errors when upgrading casks. This temporarily disables Homebrew's copy-xattrs step "
+                "that fails on systems running OpenCore Legacy Patcher (OCLP)."))});
 }
 
 QWidget *SettingsDialog::textSetting(const QString &key, const QString &name, const QString &help,
@@ -91,10 +128,11 @@ QWidget *SettingsDialog::textSetting(const QString &key, const QString &name, co
     return group;
 }
 
-QWidget *SettingsDialog::switchSetting(const QString &key, const QString &name, const QString &help) {
+QWidget *SettingsDialog::switchSetting(const QString &key, const QString &name, const QString &help,
+                                       bool fallback) {
     auto *group = new QWidget;
     auto *box = new QCheckBox(name);
-    box->setChecked(m_preferences.boolean(key));
+    box->setChecked(m_preferences.boolean(key, fallback));
     connect(box, &QCheckBox::toggled, this, [this, key](bool on) { m_preferences.set(key, on); });
     auto *layout = new QVBoxLayout(group);
     layout->setContentsMargins(0, 0, 0, 0);

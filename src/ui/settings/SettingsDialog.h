@@ -6,7 +6,9 @@ class QFormLayout;
 
 namespace larkspur {
 class Preferences;
-}
+class StoredPassword;
+class TaskScope;
+} // namespace larkspur
 
 namespace larkspur::ui {
 
@@ -14,11 +16,20 @@ namespace larkspur::ui {
 class SettingsDialog : public QDialog {
     Q_OBJECT
   public:
-    explicit SettingsDialog(Preferences &preferences, QWidget *parent = nullptr);
+    struct Services {
+        Preferences &preferences;
+        StoredPassword &storedPassword;
+        TaskScope &tasks;
+    };
+
+    explicit SettingsDialog(Services services, QWidget *parent = nullptr);
 
   private:
+    QWidget *generalSettings();
+    QWidget *upgradeSettings();
     QWidget *textSetting(const QString &key, const QString &name, const QString &help, bool choosesFolder);
-    QWidget *switchSetting(const QString &key, const QString &name, const QString &help);
+    QWidget *switchSetting(const QString &key, const QString &name, const QString &help,
+                           bool fallback = false);
 
     Preferences &m_preferences;
 };

@@ -1,13 +1,13 @@
 #include "ui/widgets/PackageActions.h"
 
+#include "core/settings/Preferences.h"
 #include "operations/OperationCenter.h"
+#include "ui/operation/PlanSheet.h"
 #include "ui/theme/Icons.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QMenu>
-#include <QMessageBox>
-#include <QPushButton>
 
 #include <algorithm>
 
@@ -36,56 +36,55 @@ QString counted(const QString &verb, const QList<PackageRow> &rows) {
 
 } // namespace
 
-PackageActions::PackageActions(OperationCenter &operations, QObject *parent)
+PackageActions::PackageActions(Services services, QObject *parent)
     : QObject(parent)
-    , m_operations(operations) {}
+    , m_services(services) {}
+
+void PackageActions::startAfterPlan(const OperationRequest &request, QWidget *window) {
+    const bool mustAsk = request.kind == OperationKind::Uninstall ||
+                         (request.kind == OperationKind::Upgrade &&
+                          std::ranges::any_of(request.packages, &PackageTarget::isPinned));
+    if (!mustAsk && !m_services.preferences.boolean(keys::showOperationPlan, true)) {
+        m_services.operations.start(request);
+        return;
+    }
+    auto *sheet = new PlanSheet({m_services.planner, m_services.preferences, m_services.tasks}, request,
+                                window->window());
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    connect(sheet, &QDialog::accepted, this, [this, request] { m_services.operations.start(request); });
+    sheet->open();
+}
 
 void PackageActions::install(const QList<PackageRow> &rows) {
     if (!rows.isEmpty())
-        m_operations.start(request(OperationKind::Install, rows));
+        m_services.operations.start(request(OperationKind::Install, rows));
 }
 
-void PackageActions::upgrade(const QList<PackageRow> &rows) {
+void PackageActions::upgrade(const QList<PackageRow> &rows, QWidget *window) {
     if (!rows.isEmpty())
-        m_operations.start(request(OperationKind::Upgrade, rows));
+        startAfterPlan(request(OperationKind::Upgrade, rows), window);
 }
 
-void PackageActions::upgradeAll(int outdated) {
-    m_operations.start({.kind = OperationKind::UpgradeAll, .expectedSteps = outdated});
+void PackageActions::upgradeAll(const QList<PackageRow> &outdated, QWidget *window) {
+    OperationRequest all = request(OperationKind::UpgradeAll, outdated);
+    all.expectedSteps =
+        static_cast<int>(std::ranges::count_if(outdated, [](const PackageRow &row) { return !row.pinned; }));
+    startAfterPlan(all, window);
 }
 
 void PackageActions::reinstall(const QList<PackageRow> &rows) {
     if (!rows.isEmpty())
-        m_operations.start(request(OperationKind::Reinstall, rows));
+        m_services.operations.start(request(OperationKind::Reinstall, rows));
 }
 
 void PackageActions::setPinned(const QList<PackageRow> &rows, bool pinned) {
     if (!rows.isEmpty())
-        m_operations.start(request(pinned ? OperationKind::Pin : OperationKind::Unpin, rows));
+        m_services.operations.start(request(pinned ? OperationKind::Pin : OperationKind::Unpin, rows));
 }
 
 void PackageActions::uninstall(const QList<PackageRow> &rows, QWidget *window) {
-    if (rows.isEmpty())
-        return;
-    auto *question = new QMessageBox(QMessageBox::Warning, tr("Uninstall"),
-                                     counted(tr("Uninstall"), rows) + u'?', QMessageBox::Cancel, window);
-    question->setAttribute(Qt::WA_DeleteOnClose);
-    QStringList names;
-    for (const PackageRow &row : rows)
-        names.append(row.title);
-    constexpr qsizetype shownNames = 12;
-    QString list = names.first(std::min(shownNames, names.size())).join(QStringLiteral(", "));
-    if (names.size() > shownNames)
-        list += tr(" and %1 more").arg(names.size() - shownNames);
-    question->setInformativeText(tr("Homebrew will remove %1 from this machine.").arg(list));
-    const QPushButton *confirm = question->addButton(tr("Uninstall"), QMessageBox::DestructiveRole);
-    connect(question, &QMessageBox::buttonClicked, this,
-            [this, question, confirm, rows](QAbstractButton *clicked) {
-                if (clicked == confirm)
-                    m_operations.start(request(OperationKind::Uninstall, rows));
-                question->close();
-            });
-    question->open();
+    if (!rows.isEmpty())
+        startAfterPlan(request(OperationKind::Uninstall, rows), window);
 }
 
 void PackageActions::fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidget *window) {
@@ -94,7 +93,7 @@ void PackageActions::fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidge
     const auto installed = those(rows, [](const PackageRow &row) { return row.installed; });
     if (!outdated.isEmpty())
         menu->addAction(icon(QStringLiteral("upgrade")), counted(tr("Upgrade"), outdated), this,
-                        [this, outdated] { upgrade(outdated); });
+                        [this, outdated, window] { upgrade(outdated, window); });
     if (!available.isEmpty())
         menu->addAction(icon(QStringLiteral("install")), counted(tr("Install"), available), this,
                         [this, available] { install(available); });

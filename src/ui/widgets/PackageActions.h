@@ -9,20 +9,32 @@ class QWidget;
 
 namespace larkspur {
 class OperationCenter;
-}
+class OperationPlanner;
+class Preferences;
+class TaskScope;
+} // namespace larkspur
 
 namespace larkspur::ui {
 
-/// What can be done with packages, for buttons and menus alike. A removal asks first.
+/// What can be done with packages, for buttons and menus alike. Before an upgrade or a removal a sheet shows
+/// what will happen; where the person has switched it off, a removal and a pinned package are asked for all
+/// the same.
 class PackageActions : public QObject {
     Q_OBJECT
   public:
-    explicit PackageActions(OperationCenter &operations, QObject *parent = nullptr);
+    struct Services {
+        OperationCenter &operations;
+        OperationPlanner &planner;
+        Preferences &preferences;
+        TaskScope &tasks;
+    };
+
+    explicit PackageActions(Services services, QObject *parent = nullptr);
 
     void install(const QList<PackageRow> &rows);
-    void upgrade(const QList<PackageRow> &rows);
-    /// `outdated`: how many packages that will be.
-    void upgradeAll(int outdated);
+    void upgrade(const QList<PackageRow> &rows, QWidget *window);
+    /// `outdated`: everything that is, pinned packages included.
+    void upgradeAll(const QList<PackageRow> &outdated, QWidget *window);
     void reinstall(const QList<PackageRow> &rows);
     void setPinned(const QList<PackageRow> &rows, bool pinned);
     void uninstall(const QList<PackageRow> &rows, QWidget *window);
@@ -31,7 +43,10 @@ class PackageActions : public QObject {
     void fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidget *window);
 
   private:
-    OperationCenter &m_operations;
+    /// Starts the operation once the person has seen what it will do.
+    void startAfterPlan(const OperationRequest &request, QWidget *window);
+
+    Services m_services;
 };
 
 } // namespace larkspur::ui

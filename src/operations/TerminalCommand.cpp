@@ -1,0 +1,39 @@
+#include "operations/TerminalCommand.h"
+
+#include "core/brew/PackageName.h"
+#include "operations/PackageCommands.h"
+
+#include <algorithm>
+
+namespace larkspur {
+
+namespace {
+
+const QString placeholder = QStringLiteral(" <package-name>");
+
+} // namespace
+
+QString terminalCommand(const OperationRequest &request) {
+    QStringList names;
+    for (const PackageTarget &package : request.packages)
+        if (isValidPackageName(package.name)) // what goes to the clipboard is pasted into a shell
+            names.append(package.name);
+    const bool isCask =
+        !request.packages.isEmpty() && std::ranges::all_of(request.packages, &PackageTarget::isCask);
+    OperationRequest plain = request;
+    plain.reinstallsCasks = false;
+    QString command = QStringLiteral("brew ") + brewArguments(plain, {}).first();
+    if (request.kind == OperationKind::RestartService)
+        command += QStringLiteral(" restart");
+    if (request.kind == OperationKind::UpgradeAll)
+        return command;
+    if (isCask)
+        command += QStringLiteral(" --cask");
+    return command + (names.isEmpty() ? placeholder : QLatin1Char(' ') + names.join(QLatin1Char(' ')));
+}
+
+bool lacksPackageName(const QString &command) {
+    return command.endsWith(placeholder);
+}
+
+} // namespace larkspur

@@ -1,0 +1,145 @@
+#include "operations/OperationCenter.h"
+#include "tests/support/OperationWorld.h"
+
+#include <QTest>
+
+using namespace larkspur;
+using namespace larkspur::test;
+
+/// Operations that report success, and what is on the disk afterwards.
+class StateCheckTest : public QObject {
+    Q_OBJECT
+
+    static QStringList warnings(const OperationWorld &world) {
+        QStringList found;
+        for (const QString &line : world.sink->lines())
+            if (line.startsWith("==> Warning: Homebrew reported success, but "))
+                found.append(line.section("but ", 1));
+        return found;
+    }
+
+  private Q_SLOTS:
+    void whatIsNotSoIsSaid_data() {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after");
+        QTest::addColumn<QString>("warning");
+        const auto row = [](const char *name, OperationKind kind, const char *command, const char *before,
+                            const char *after, const char *warning) {
+            QTest::newRow(name) << int(kind) << QString(command) << QString(before) << QString(after)
+                                << QString(warning);
+        };
+        row("installed", OperationKind::Install, "install x", "", "2", "");
+        row("not installed", OperationKind::Install, "install x", "", "", "x is not installed.");
+        row("upgraded", OperationKind::Upgrade, "upgrade --formula x", "1", "2", "");
+        row("with a revision", OperationKind::Upgrade, "upgrade --formula x", "1", "2_1", "");
+        row("not upgraded", OperationKind::Upgrade, "upgrade --formula x", "1", "1",
+            "x is not at 2: what is there is 1.");
+        row("gone", OperationKind::Upgrade, "upgrade --formula x", "1", "",
+            "x is not at 2: what is there is not there at all.");
+        row("removed", OperationKind::Uninstall, "uninstall x", "1", "", "");
+        row("not removed", OperationKind::Uninstall, "uninstall x", "1", "1", "x is still installed: 1.");
+        row("not pinned", OperationKind::Pin, "pin x", "1", "1", "x is not pinned.");
+    }
+    void whatIsNotSoIsSaid() {
+        QFETCH(int, kind);
+        QFETCH(QString, command);
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        QFETCH(QString, warning);
+        OperationWorld world;
+        if (!before.isEmpty())
+            world.addFormula("x", before);
+        world.shell.answerOnce(command, "fine\n", 0, [&] {
+            world.remove("Cellar/x");
+            if (!after.isEmpty())
+                world.addFormula("x", after);
+        });
+        PackageTarget package{.name = "tap/repo/x"};
+        package.name = "x";
+        package.installedVersion = before;
+        if (kind == int(OperationKind::Upgrade))
+            package.latestVersion = "2";
+        const auto report = world.perform(static_cast<OperationKind>(kind), {package});
+        QCOMPARE(warnings(world), warning.isEmpty() ? QStringList() : QStringList{warning});
+        QCOMPARE(report->hasWarnings, !warning.isEmpty());
+    }
+
+    void anAliasCountsAsItsFormula() {
+        OperationWorld world;
+        world.shell.answerOnce("install python", "fine\n", 0, [&] {
+            world.addFormula("python@3.13", "3.13.1");
+            QDir().mkpath(world.prefix() + "/opt");
+            QFile::link("../Cellar/python@3.13/3.13.1", world.prefix() + "/opt/python");
+        });
+        QVERIFY(world.perform(OperationKind::Install, {{"python", false}}));
+        QCOMPARE(warnings(world), QStringList());
+    }
+
+    void upToDateRunsNothing() {
+        OperationWorld world;
+        const auto report = world.perform(OperationKind::Upgrade,
+                                          {{.name = "x", .installedVersion = "1.2", .latestVersion = "1.2"}});
+        QVERIFY(world.shell.commands().isEmpty());
+        QCOMPARE(world.sink->lines(),
+                 QStringList{"==> x is already up to date (installed 1.2, latest 1.2). No "
+                             "changes were made."});
+        QCOMPARE(report->count(PackageEnd::Done), 1);
+    }
+
+    void aPinnedPackageIsHeldAgainWhateverHappens() {
+        OperationWorld world;
+        world.addFormula("x", "1");
+        world.shell.answer("unpin x", {});
+        world.shell.answer("upgrade --formula x", "Error: no\n", 1);
+        world.shell.answer("pin x", {});
+        const auto report =
+            world.perform(OperationKind::Upgrade,
+                          {{.name = "x", .installedVersion = "1", .latestVersion = "2", .isPinned = true}});
+        QCOMPARE(world.changes(), QStringList({"unpin x", "upgrade --formula x", "pin x"}));
+        QCOMPARE(report->count(PackageEnd::Failed), 1);
+    }
+
+    void runningServicesOfWhatWasUpgradedAreNamed() {
+        OperationWorld world;
+        for (const char *name : {"db", "cache", "other"})
+            world.addFormula(name, "1");
+        world.shell.answer(
+            "services list --json",
+            "[{\"name\":\"db\",\"status\":\"started\"},{\"name\":\"cache\",\"status\":\"none\"},"
+            "{\"name\":\"other\",\"status\":\"started\"}]");
+        world.shell.answerOnce("upgrade", "fine\n", 0, [&] {
+            world.addFormula("db", "2");
+            world.addFormula("cache", "2");
+        });
+        const auto report = world.perform(OperationKind::UpgradeAll, {});
+        QCOMPARE(report->servicesToRestart, QStringList{"db"});
+    }
+
+    void oclpModeReplacesTheScriptForOneUpgrade_data() {
+        QTest::addColumn<int>("exitCode");
+        QTest::newRow("success") << 0;
+        QTest::newRow("failure") << 1;
+    }
+    void oclpModeReplacesTheScriptForOneUpgrade() {
+        QFETCH(int, exitCode);
+        OperationWorld world;
+        world.addCask("x", "1");
+        world.preferences.set(keys::useReinstallForCasks, true);
+        const QString folder = world.prefix() + "/Library/Homebrew/cask/utils";
+        QDir().mkpath(folder);
+        const QString script = folder + "/copy-xattrs.swift";
+        Fixture::write(script, "original");
+        world.shell.answerOnce("reinstall --cask x", "Error: odd\n", exitCode,
+                               [&] { QCOMPARE(Fixture::read(script), "import Foundation\nexit(0)\n"); });
+        QVERIFY(world.perform(OperationKind::Upgrade, {{"x", true}}));
+        QCOMPARE(Fixture::read(script), "original");
+        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{"copy-xattrs.swift"});
+        QVERIFY(world.logText().contains(
+            "[Larkspur] OCLP mode: temporarily disabled copy-xattrs to avoid listxattr errors"));
+    }
+};
+
+QTEST_GUILESS_MAIN(StateCheckTest)
+#include "StateCheck_test.moc"

@@ -1,0 +1,86 @@
+#include "operations/TerminalCommand.h"
+#include "operations/plan/OperationPlanner.h"
+#include "tests/support/OperationWorld.h"
+
+#include <QTest>
+
+using namespace larkspur;
+using namespace larkspur::test;
+using Role = PlannedChange::Role;
+
+class OperationPlannerTest : public QObject {
+    Q_OBJECT
+
+    struct World : OperationWorld {
+        OperationPlanner planner{brew, queries};
+        OperationPlan plan(const OperationRequest &request) { return await(planner.plan(request)); }
+    };
+
+  private Q_SLOTS:
+    void readsADryRun() {
+        OperationPlan plan;
+        readDryRun("==> Would upgrade 2 dependencies for topper:\nacme/tools/liblow  1.1 -> 1.2\n"
+                   "shared 1.0, 1.1 -> 2.0\n==> Would upgrade 2 outdated packages\n"
+                   "acme/tools/topper 1.1 -> 1.2\nshared 1.0, 1.1 -> 2.0\n"
+                   "==> Would upgrade 1 dependent of upgraded formulae:\nroof 3 -> 4\n"
+                   "Download Size: 12.5MB\nno arrow here\n",
+                   plan);
+        QCOMPARE(plan.changes, (QList<PlannedChange>{{"acme/tools/liblow", "1.1", "1.2", Role::Dependency},
+                                                     {"shared", "1.0, 1.1", "2.0", Role::Named},
+                                                     {"acme/tools/topper", "1.1", "1.2", Role::Named},
+                                                     {"roof", "3", "4", Role::Dependent}}));
+        QCOMPARE(*plan.downloadSize, "12.5MB");
+    }
+
+    void aMixedUpgradeAsksForEachKind() {
+        World world;
+        world.shell.answer("upgrade --dry-run --formula a",
+                           "==> Would upgrade 1 outdated package\na 1 -> 2\n");
+        world.shell.answer("upgrade --dry-run --cask b", "==> Would upgrade 1 outdated package\nb 1 -> 2\n");
+        world.shell.answer(
+            "info --installed --cask --json=v2",
+            "{\"formulae\":[],\"casks\":[{\"token\":\"b\",\"version\":\"2\",\"installed\":\"1\","
+            "\"artifacts\":[{\"pkg\":[\"b.pkg\"]}]}]}");
+        const OperationPlan plan =
+            world.plan({.kind = OperationKind::Upgrade, .packages = {{"a", false}, {"b", true}}});
+        QCOMPARE(plan.changes.size(), 2);
+        QCOMPARE(plan.privileged, QStringList{"b"});
+        QVERIFY(plan.failure.isEmpty());
+    }
+
+    void aRemovalNamesWhoNeedsIt() {
+        World world;
+        world.shell.answer("uses --installed a", "acme/tools/b\nc\n");
+        world.shell.answer("uses --installed b", "");
+        const OperationRequest request{.kind = OperationKind::Uninstall,
+                                       .packages = {{"a", false, "1"}, {"b", false, "2"}}};
+        const OperationPlan plan = world.plan(request);
+        QCOMPARE(plan.dependents, QStringList{"c"}); // b goes too
+        QCOMPARE(describePlan(request, plan), QStringList({"a 1", "b 2", "Still needed by c"}));
+    }
+
+    void aFailureIsPartOfThePlan() {
+        World world;
+        world.shell.answer("upgrade --dry-run --formula a", {}, 1, "Error: No available formula\n");
+        QVERIFY(world.plan({.kind = OperationKind::Upgrade, .packages = {{"a", false}}})
+                    .failure.contains("No available formula"));
+        QVERIFY(
+            !world.plan({.kind = OperationKind::Upgrade, .packages = {{"--evil", false}}}).failure.isEmpty());
+    }
+
+    void commandsForATerminal() {
+        QCOMPARE(terminalCommand({.kind = OperationKind::Upgrade, .packages = {{"a", true}}}),
+                 "brew upgrade --cask a");
+        QCOMPARE(
+            terminalCommand({.kind = OperationKind::Uninstall, .packages = {{"a", false}, {"b", false}}}),
+            "brew uninstall a b");
+        QCOMPARE(terminalCommand({.kind = OperationKind::UpgradeAll}), "brew upgrade");
+        // What ends in a shell is never built from a name that means more than a name.
+        QCOMPARE(terminalCommand({.kind = OperationKind::Install, .packages = {{"a; rm -rf ~", true}}}),
+                 "brew install --cask <package-name>");
+        QVERIFY(lacksPackageName(terminalCommand({.kind = OperationKind::Install})));
+    }
+};
+
+QTEST_GUILESS_MAIN(OperationPlannerTest)
+#include "OperationPlanner_test.moc"

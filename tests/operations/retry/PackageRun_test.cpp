@@ -1,0 +1,212 @@
+#include "operations/OperationCenter.h"
+#include "tests/support/OperationWorld.h"
+
+#include <QTest>
+
+using namespace larkspur;
+using namespace larkspur::test;
+
+/// What is tried again after a failure, and what is said about it.
+class PackageRunTest : public QObject {
+    Q_OBJECT
+
+    struct World : OperationWorld {
+        OperationCenter center{operations, sudoAuth, tasks};
+        QStringList typed; ///< answers of the person, one per prompt; none left: cancelled
+
+        World() {
+            QObject::connect(&sudoAuth, &SudoAuth::changed, &sudoAuth, [this] {
+                if (!sudoAuth.isPrompting() || sudoAuth.isVerifying())
+                    return;
+                if (typed.isEmpty())
+                    sudoAuth.cancel();
+                else
+                    sudoAuth.proceed(Password(typed.takeFirst()));
+            });
+        }
+        OperationRun *run(OperationKind kind, const QList<PackageTarget> &packages) {
+            OperationRun *started = center.start({.kind = kind, .packages = packages});
+            if (!spinUntil([&] { return !started->isRunning(); }))
+                qFatal("the operation has not ended");
+            return started;
+        }
+        QStringList passwords() const {
+            QStringList all;
+            for (const ShellCommand &command : shell.commands())
+                if (command.password)
+                    all.append(QString::fromUtf8(command.password->utf8()));
+            return all;
+        }
+    };
+    static constexpr const char *sudoFailure = "sudo: a password is required\nError: failed\n";
+
+  private Q_SLOTS:
+    void thePasswordIsAskedForAndTheCommandRunAgain() {
+        World world;
+        world.addCask("x", "1");
+        world.shell.answerOnce("upgrade --cask x", sudoFailure, 1);
+        world.shell.answerOnce("upgrade --cask x", "done\n", 0, [&] { world.addCask("x", "2"); });
+        world.typed = {"sesame"};
+        const auto *run = world.run(OperationKind::Upgrade, {{"x", true}});
+        QCOMPARE(run->outcome(), OperationOutcome::Succeeded);
+        QCOMPARE(world.passwords(), QStringList{"sesame"});
+        QVERIFY(run->transcript().text().contains(
+            "\n\n==> This step needs administrator privileges. Retrying with your password…\n"));
+        QVERIFY(!world.askpass.hasLeftover());
+    }
+
+    void aRejectedPasswordIsAskedForAgain() {
+        World world;
+        world.addCask("x", "1");
+        world.shell.answerOnce("upgrade --cask x", sudoFailure, 1);
+        world.shell.answerOnce("upgrade --cask x", "Sorry, try again.\nError: failed\n", 1);
+        world.shell.answerOnce("upgrade --cask x", "done\n", 0, [&] { world.addCask("x", "2"); });
+        world.typed = {"sesame", "sesame"};
+        const auto *run = world.run(OperationKind::Upgrade, {{"x", true}});
+        QCOMPARE(run->outcome(), OperationOutcome::Succeeded);
+        QVERIFY(run->transcript().text().contains("\n\n==> That password didn't work. Retrying…\n"));
+        QCOMPARE(world.passwords().size(), 2);
+    }
+
+    void fiveRejectedPasswordsAreTheEnd() {
+        World world;
+        world.shell.answer("uninstall --cask x", sudoFailure, 1);
+        for (int i = 0; i < 9; ++i)
+            world.typed.append(QString::fromLatin1("sesame"));
+        const auto *run = world.run(OperationKind::Uninstall, {{"x", true}});
+        QCOMPARE(run->outcome(), OperationOutcome::Failed);
+        QCOMPARE(world.passwords().size(), 5);
+        QVERIFY(run->transcript().text().contains("==> Error: sudo has rejected 5 passwords."));
+    }
+
+    void cancellingIsNoSuccess_data() {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("update")
+            << int(OperationKind::Upgrade)
+            << "==> Administrator authorization is required to update x and was cancelled. "
+               "No changes were made.";
+        QTest::newRow("other") << int(OperationKind::Uninstall)
+                               << "==> Administrator authorization was cancelled. The operation may be "
+                                  "incomplete.";
+    }
+    void cancellingIsNoSuccess() {
+        QFETCH(int, kind);
+        QFETCH(QString, line);
+        World world;
+        world.shell.answer("upgrade --cask x", sudoFailure, 1);
+        world.shell.answer("uninstall --cask x", sudoFailure, 1);
+        const auto *run = world.run(static_cast<OperationKind>(kind), {{"x", true}});
+        QCOMPARE(run->transcript().lines().last(), line);
+        QVERIFY(run->wasCancelled());
+        QCOMPARE(run->outcome(), OperationOutcome::Failed);
+    }
+
+    void aFailureBeforeARetryIsNotForgotten() {
+        World world;
+        world.shell.answer("uninstall a", "Error: needed\n", 1);
+        world.shell.answerOnce("uninstall --cask b", sudoFailure, 1);
+        world.shell.answerOnce("uninstall --cask b", {}, 0);
+        world.typed = {"sesame"};
+        const auto *run = world.run(OperationKind::Uninstall, {{"a", false}, {"b", true}});
+        QCOMPARE(run->outcome(), OperationOutcome::Failed);
+        QCOMPARE(run->report().count(PackageEnd::Done), 1);
+        QCOMPARE(run->transcript().lines().last(), "==> 1 of 2 packages are done. Not done: a");
+    }
+
+    void forcedRetries_data() {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<QString>("command");
+        const QString removed =
+            "==> x was removed outside Homebrew, but Homebrew still lists it as installed. "
+            "Retrying with --force…";
+        const QString older = "==> An older copy of x is blocking the update. Retrying with --force…";
+        const QString missing = "Error: x: It seems the App source '%1' is not there.\n";
+        QTest::newRow("update, in the Caskroom")
+            << int(OperationKind::Upgrade) << missing.arg("/p/Caskroom/x/1/x.app") << removed
+            << "reinstall --cask --force x";
+        QTest::newRow("removal, in the Caskroom")
+            << int(OperationKind::Uninstall) << missing.arg("/p/Caskroom/x/1/x.app") << removed
+            << "uninstall --cask --force x";
+        QTest::newRow("update, at its own place")
+            << int(OperationKind::Upgrade) << missing.arg("APP") << removed << "reinstall --cask --force x";
+        QTest::newRow("older copy") << int(OperationKind::Upgrade)
+                                    << "Error: x: It seems there is already an App at '/a/x.app'.\n"
+                                    << older << "reinstall --cask --force x";
+        QTest::newRow("older copy at a removal")
+            << int(OperationKind::Uninstall) << "Error: It seems there is already an App at 'x'.\n"
+            << ""
+            << "";
+        QTest::newRow("elsewhere") << int(OperationKind::Upgrade) << missing.arg("/tmp/y.app") << "" << "";
+        QTest::newRow("split over lines")
+            << int(OperationKind::Upgrade) << "Error: source '\n/p/Caskroom/x is not there\n"
+            << "" << "";
+    }
+    void forcedRetries() {
+        QFETCH(int, kind);
+        QFETCH(QString, output);
+        QFETCH(QString, line);
+        QFETCH(QString, command);
+        World world;
+        const QString app = world.addCask("x", "1");
+        QDir(app).removeRecursively();
+        const auto operation = static_cast<OperationKind>(kind);
+        const QString first = operation == OperationKind::Upgrade ? "upgrade --cask x" : "uninstall --cask x";
+        world.shell.answerOnce(first, output.replace("APP", app).toUtf8(), 1);
+        if (!command.isEmpty())
+            world.shell.answerOnce(command, "done\n", 0, [&] {
+                world.remove("Caskroom/x");
+                if (operation == OperationKind::Upgrade)
+                    world.addCask("x", "2");
+            });
+        const auto *run = world.run(operation, {{"x", true}});
+        QCOMPARE(run->outcome(), command.isEmpty() ? OperationOutcome::Failed : OperationOutcome::Succeeded);
+        QCOMPARE(world.changes().size(), command.isEmpty() ? 1 : 2);
+        if (!line.isEmpty())
+            QVERIFY(run->transcript().lines().contains(line));
+    }
+
+    void theApplicationSurvivesAFailedReinstallation() {
+        World world;
+        const QString app = world.addCask("x", "1");
+        Fixture::write(app + "/Contents/data", "precious");
+        world.shell.answerOnce("upgrade --cask x", "Error: It seems there is already an App at 'x'.\n", 1);
+        world.shell.answerOnce("reinstall --cask --force x", "Error: no network\n", 1, [&] {
+            QVERIFY(!QFile::exists(app));
+            world.remove("Caskroom/x"); // Homebrew has removed it by then
+        });
+        const auto *run = world.run(OperationKind::Upgrade, {{"x", true}});
+        QCOMPARE(run->outcome(), OperationOutcome::Failed);
+        QCOMPARE(Fixture::read(app + "/Contents/data"), "precious");
+        QVERIFY(run->transcript().text().contains("==> Put " + app + " back as it was before."));
+        QCOMPARE(QDir(world.path("apps")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{"x.app"});
+        QVERIFY(!QFile::exists(world.path("moved-aside.json")));
+    }
+
+    void hasAWayOutOfEveryStep() {
+        for (const bool inPrompt : {false, true}) {
+            World world;
+            world.sudoAuth.disconnect(&world.sudoAuth); // nobody answers
+            world.addCask("x", "1");
+            if (inPrompt)
+                world.shell.answer("upgrade --cask x", sudoFailure, 1);
+            else
+                world.shell.hold("upgrade --cask x");
+            OperationRun *run =
+                world.center.start({.kind = OperationKind::Upgrade, .packages = {{"x", true}}});
+            QVERIFY(spinUntil(
+                [&] { return inPrompt ? world.sudoAuth.isPrompting() : world.changes().size() == 1; }));
+            run->stop();
+            QVERIFY(spinUntil([&] { return !run->isRunning(); }));
+            QVERIFY(run->wasStopped());
+            QVERIFY(!world.brew.isBrewOperationRunning() && !world.askpass.hasLeftover());
+            QVERIFY(world.passwords().isEmpty());
+        }
+    }
+};
+
+QTEST_GUILESS_MAIN(PackageRunTest)
+#include "PackageRun_test.moc"
