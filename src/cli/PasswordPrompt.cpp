@@ -36,6 +36,8 @@ Task<> PasswordPrompt::ask() {
     std::optional<QString> line = co_await ControllingTerminal::readLine(
         above + QStringLiteral("Password (empty to cancel): "), ControllingTerminal::Echo::Off, m_stop);
     m_isAsking = false;
+    if (m_stop.stop_requested())
+        co_return; // the operation stops, and ends its request by itself
     if (line && !line->isEmpty())
         m_auth.proceed(Password(std::move(*line)));
     else

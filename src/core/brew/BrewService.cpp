@@ -3,6 +3,7 @@
 #include "core/authorization/AskpassFiles.h"
 #include "core/brew/BrewPathResolver.h"
 #include "core/output/Colours.h"
+#include "core/output/PhraseSet.h"
 #include "core/output/Transcript.h"
 #include "core/process/ShellExecutor.h"
 
@@ -32,8 +33,8 @@ struct StreamWatch {
 } // namespace
 
 bool namesFailure(const QString &line) {
-    return line.contains(QLatin1String("error:"), Qt::CaseInsensitive) ||
-           line.contains(QLatin1String("fatal:"), Qt::CaseInsensitive);
+    static const PhraseSet phrases{"error:", "fatal:"};
+    return phrases.in(line) != 0;
 }
 
 QString failureText(const QStringList &lines) {

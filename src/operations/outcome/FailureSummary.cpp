@@ -2,6 +2,7 @@
 
 #include "core/brew/BrewService.h"
 #include "core/errors/AppError.h"
+#include "core/output/PhraseSet.h"
 
 namespace larkspur {
 
@@ -50,22 +51,29 @@ bool isAppManagementBlock(const QString &output) {
 }
 
 FailureSummary summarizeFailure(const OperationRequest &request, const QStringList &output) {
-    const QString text = output.join(QLatin1Char('\n'));
-    const auto contains = [&text](const char *phrase) {
-        return text.contains(QLatin1String(phrase), Qt::CaseInsensitive);
-    };
-    if (contains("Reverting upgrade for"))
+    enum Phrase { Reverting, Refused, Password, Denied, Administrator, Licence, Eula };
+    static const PhraseSet phrases{"reverting upgrade for",
+                                   "apply2files",
+                                   "password is required",
+                                   "permission denied",
+                                   "administrator privileges",
+                                   "accept the license terms",
+                                   "homebrew_accept_eula"};
+    PhraseSet::Found found = 0;
+    for (const QString &line : output)
+        found |= phrases.in(line);
+    const auto has = [found](Phrase phrase) { return (found & PhraseSet::bit(phrase)) != 0; };
+    if (has(Reverting))
         return rolledBack(request);
-    if (isAppManagementBlock(text))
+    if (has(Refused) && isAppManagementBlock(output.join(QLatin1Char('\n'))))
         return {QStringLiteral(
                     "macOS blocked Larkspur from modifying this app. Grant Larkspur \"App Management\" "
                     "permission in System Settings → Privacy & Security → App Management, then quit and "
                     "reopen Larkspur and try again."),
                 {}};
-    if (contains("password is required") || contains("permission denied") ||
-        contains("administrator privileges"))
+    if (has(Password) || has(Denied) || has(Administrator))
         return needsAdministrator(request);
-    if (contains("accept the license terms") || contains("homebrew_accept_eula"))
+    if (has(Licence) || has(Eula))
         return needsLicence();
     const AppError error{AppError::Kind::CommandFailed, failureText(output)};
     return {error.message(), error.recoverySuggestion()};

@@ -1,41 +1,76 @@
 #include "operations/outcome/Verdict.h"
 
-#include <algorithm>
+#include "core/output/PhraseSet.h"
 
 namespace larkspur {
 
 namespace {
 
-QStringList relevantLines(const QStringList &output) {
-    for (qsizetype i = output.size() - 1; i >= 0; --i)
-        if (output[i].contains(QLatin1String("Retrying with your password")) ||
-            output[i].contains(QLatin1String("Retrying with --force")))
-            return output.mid(i + 1);
-    return output;
+enum Phrase {
+    Sudo,
+    Password,
+    Error,
+    Fatal,
+    Warning,
+    AlreadyInstalled,
+    Skipping,
+    NotInstalled,
+    Overwriting,
+    RetryingWithPassword,
+    RetryingWithForce,
+};
+
+const PhraseSet &phrases() {
+    static const PhraseSet set{"sudo:",
+                               "password",
+                               "error:",
+                               "fatal:",
+                               "warning:",
+                               "already installed",
+                               "skipping",
+                               "not installed",
+                               "overwriting",
+                               "retrying with your password",
+                               "retrying with --force"};
+    return set;
 }
 
-bool contains(const QString &line, const char *text) {
-    return line.contains(QLatin1String(text), Qt::CaseInsensitive);
+bool has(PhraseSet::Found found, Phrase phrase) {
+    return (found & PhraseSet::bit(phrase)) != 0;
 }
 
-bool isWarning(const QString &line) {
-    if (contains(line, "already installed"))
-        return true;
-    return contains(line, "warning:") && !contains(line, "skipping") && !contains(line, "not installed") &&
-           !contains(line, "overwriting");
+bool isWarning(PhraseSet::Found line) {
+    return has(line, AlreadyInstalled) || (has(line, Warning) && !has(line, Skipping) &&
+                                           !has(line, NotInstalled) && !has(line, Overwriting));
+}
+
+/// Only what came after the last of these lines counts.
+bool beginsRetry(PhraseSet::Found found, const QString &line) {
+    return (has(found, RetryingWithPassword) &&
+            line.contains(QLatin1String("Retrying with your password"))) ||
+           (has(found, RetryingWithForce) && line.contains(QLatin1String("Retrying with --force")));
 }
 
 } // namespace
 
 OperationOutcome outcomeOf(const QStringList &output) {
-    const QStringList lines = relevantLines(output);
-    const auto anyLine = [&lines](const char *text) {
-        return std::ranges::any_of(lines, [text](const QString &line) { return contains(line, text); });
-    };
-    if ((anyLine("sudo:") && anyLine("password")) || anyLine("error:") || anyLine("fatal:"))
+    PhraseSet::Found all = 0;
+    bool hasWarning = false;
+    for (const QString &line : output) {
+        const PhraseSet::Found found = phrases().in(line);
+        if (found == 0)
+            continue;
+        if (beginsRetry(found, line)) {
+            all = 0;
+            hasWarning = false;
+            continue;
+        }
+        all |= found;
+        hasWarning = hasWarning || isWarning(found);
+    }
+    if ((has(all, Sudo) && has(all, Password)) || has(all, Error) || has(all, Fatal))
         return OperationOutcome::Failed;
-    return std::ranges::any_of(lines, isWarning) ? OperationOutcome::CompletedWithWarnings
-                                                 : OperationOutcome::Succeeded;
+    return hasWarning ? OperationOutcome::CompletedWithWarnings : OperationOutcome::Succeeded;
 }
 
 } // namespace larkspur

@@ -1,0 +1,177 @@
+#include "tests/support/Program.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QTest>
+
+#include <csignal>
+
+using namespace larkspur::test;
+
+/// The whole program at a terminal of its own, a Homebrew that filters its environment, and a sudo that runs
+/// the askpass program.
+class AuthorizationTest : public QObject {
+    Q_OBJECT
+
+    std::unique_ptr<Program> m_program;
+
+    /// The program under `script`, which gives it a controlling terminal.
+    class Session {
+      public:
+        Session(Program &program, const QStringList &words) {
+            m_process.setProcessChannelMode(QProcess::MergedChannels);
+            const QString line =
+                QString(LARKSPUR_PROGRAM) + " --sample-folder=" + program.path("") + ' ' + words.join(' ');
+            m_process.start("script", {"-qec", line, "/dev/null"});
+        }
+        /// What has come until the text came; fails the test if it never does.
+        bool reach(const QByteArray &text) {
+            QElapsedTimer clock;
+            clock.start();
+            while (!m_new.contains(text) && clock.elapsed() < 20'000) {
+                m_process.waitForReadyRead(100);
+                m_new += m_process.readAll();
+            }
+            const bool found = m_new.contains(text);
+            m_all += m_new;
+            m_new = m_new.mid(found ? m_new.indexOf(text) + text.size() : 0);
+            return found;
+        }
+        bool prompt() {
+            const bool found = reach("Password (empty to cancel): ");
+            QTest::qWait(150); // typing ahead of a password prompt is thrown away
+            return found;
+        }
+        void type(const QByteArray &line) { press(line + '\n'); }
+        void press(const QByteArray &keys) { m_process.write(keys); }
+        int finish() {
+            if (!m_process.waitForFinished(30'000))
+                qFatal("the program has not ended");
+            m_all += m_new + m_process.readAll();
+            return m_process.exitCode();
+        }
+        qint64 id() const { return m_process.processId(); }
+        const QByteArray &all() const { return m_all; }
+
+      private:
+        QProcess m_process;
+        QByteArray m_new;
+        QByteArray m_all;
+    };
+
+    void setPassword(const QByteArray &password) {
+        QProcess process;
+        process.start(m_program->path("homebrew/bin/brew"), {"--sudo-password", m_program->path("homebrew")});
+        process.write(password);
+        process.closeWriteChannel();
+        QVERIFY(process.waitForFinished() && process.exitCode() == 0);
+    }
+    QStringList filesWith(const QByteArray &text) const {
+        QStringList found;
+        QDirIterator entries(m_program->path(""), QDir::Files | QDir::Hidden | QDir::System,
+                             QDirIterator::Subdirectories);
+        while (entries.hasNext()) {
+            QFile file(entries.next());
+            if (file.open(QIODevice::ReadOnly) && file.readAll().contains(text))
+                found.append(file.fileName());
+        }
+        return found;
+    }
+    QString installed(const QString &token) const {
+        return QDir(m_program->path("homebrew/Caskroom/" + token)).entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
+    }
+
+  private Q_SLOTS:
+    void init() {
+        m_program = std::make_unique<Program>();
+        QCOMPARE(m_program->run({"status"}).status, 0);
+    }
+
+    void thePasswordReachesSudoAndNothingElse_data() {
+        QTest::addColumn<QByteArray>("password");
+        QTest::newRow("plain") << QByteArray("Tr0ub4dor-and-3");
+        QTest::newRow("shell") << QByteArray("a \"b' $HOME `id` \\n%s;|&");
+        QTest::newRow("letters") << QByteArray("Zwölf Boxkämpfer 密码");
+        QTest::newRow("long") << QByteArray(200, 'k');
+    }
+    void thePasswordReachesSudoAndNothingElse() {
+        QFETCH(QByteArray, password);
+        setPassword(password);
+        // Looks at everything that a neighbour could see while the command runs.
+        m_program->replaceBrew("ps -eo args >> " + m_program->path("arguments").toUtf8() + "\nexec -a " +
+                               m_program->brew().toUtf8() + " $REAL \"$@\"\n");
+        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        QVERIFY(session.prompt());
+        session.type("not " + password);
+        QVERIFY(session.reach("That password was incorrect. Please try again."));
+        QVERIFY(session.prompt());
+        session.type(password);
+        const int status = session.finish();
+        QVERIFY2(status == 0, session.all());
+        QCOMPARE(installed("granite-vault"), "4.2");
+        QVERIFY(QDir(m_program->path("homebrew/var/privileged/granite-vault")).exists());
+        QCOMPARE(filesWith(password), QStringList());
+        QVERIFY(!session.all().contains(password)); // no echo either
+        QVERIFY(!QFile::exists(m_program->path("data/.askpass-secret")));
+    }
+
+    void aPasswordThatSudoRejectsIsAskedForAgain() {
+        Session session(*m_program, {"upgrade", "--yes", "--cask", "kestrel-vpn"});
+        QVERIFY(session.prompt());
+        session.type("sesame");
+        QVERIFY(session.reach("==> That password didn't work. Retrying"));
+        QVERIFY(session.prompt());
+        session.type("sesame");
+        const int status = session.finish();
+        QVERIFY2(status == 0, session.all());
+        QCOMPARE(installed("kestrel-vpn"), "1.9.3");
+    }
+
+    void cancellingChangesNothing() {
+        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        QVERIFY(session.prompt());
+        session.type({});
+        QCOMPARE(session.finish(), 1);
+        QVERIFY(session.all().contains("was cancelled. No changes were made."));
+        QVERIFY(session.all().contains("Cancelled: Upgrading granite-vault."));
+        QCOMPARE(installed("granite-vault"), "4.1");
+    }
+
+    void interruptingThePrompt() {
+        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        QVERIFY(session.prompt());
+        session.press("\x03");
+        QCOMPARE(session.finish(), 1);
+        QVERIFY2(session.all().contains("Stopped: Upgrading granite-vault."), session.all());
+    }
+
+    void withoutATerminalItSaysWhatToDo() {
+        QProcess process;
+        process.start("setsid", {"--wait", LARKSPUR_PROGRAM, "--sample-folder=" + m_program->path(""), "upgrade",
+                                 "--cask", "granite-vault"});
+        const auto outcome = Program::finish(process);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.errors.contains("cannot be asked for without a terminal"));
+        QVERIFY(outcome.output.contains("was cancelled"));
+    }
+
+    void aSecretOfADeadRunIsSweptAtTheNextStart() {
+        // Brew hangs in its privileged step; the program dies.
+        m_program->replaceBrew("if [ \"$1\" = upgrade ] && [ -n \"$LARKSPUR_ASKPASS_PASSWORD\" ]; then sleep 60; "
+                               "fi\nexec -a " + m_program->brew().toUtf8() + " $REAL \"$@\"\n");
+        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        QVERIFY(session.prompt());
+        session.type("sesame");
+        const QString secret = m_program->path("data/.askpass-secret");
+        QTRY_VERIFY(QFileInfo(secret).isSymLink() || QFile::exists(secret));
+        QProcess::execute("pkill", {"-KILL", "-f", "larkspur --sample-folder=" + m_program->path("")});
+        session.finish();
+        QVERIFY(QFileInfo(secret).isSymLink() || QFile::exists(secret));
+        QCOMPARE(m_program->run({"list"}).status, 0);
+        QVERIFY(!QFileInfo(secret).isSymLink() && !QFile::exists(secret));
+        QProcess::execute("pkill", {"-KILL", "-f", m_program->brew()});
+    }
+};
+
+QTEST_GUILESS_MAIN(AuthorizationTest)
+#include "Authorization_test.moc"

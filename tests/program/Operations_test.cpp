@@ -1,0 +1,106 @@
+#include "tests/support/Program.h"
+
+#include <QDir>
+#include <QTest>
+
+#include <csignal>
+
+using namespace larkspur::test;
+
+/// Every way in which an operation can go, on the sample package that goes it.
+class OperationsTest : public QObject {
+    Q_OBJECT
+
+    Program m_program;
+
+  private Q_SLOTS:
+    void initTestCase() { QCOMPARE(m_program.run({"--fresh", "status"}).status, 0); }
+
+    void paths_data() {
+        QTest::addColumn<QString>("line");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("says");
+        QTest::newRow("removed by hand")
+            << "upgrade lichen-notes" << 0
+            << "==> lichen-notes was removed outside Homebrew, but Homebrew still lists it as installed. Retrying "
+               "with --force…";
+        QTest::newRow("older copy") << "upgrade mosswood-photos" << 0
+                                    << "==> An older copy of mosswood-photos is blocking the update. Retrying with "
+                                       "--force…";
+        QTest::newRow("App Management") << "upgrade nightjar-recorder" << 1
+                                        << "macOS blocked Larkspur from modifying this app.";
+        QTest::newRow("reverted") << "upgrade osprey-sync" << 1
+                                  << "Upgrade rolled back: osprey-sync was restored to the previous version.";
+        QTest::newRow("broken download") << "upgrade petrel-maps" << 1 << "Petrel Maps.app back as it was before.";
+        QTest::newRow("licence") << "install toadflax-odbc" << 1
+                                 << "echo 'export HOMEBREW_ACCEPT_EULA=Y' >> ~/.zshrc";
+        QTest::newRow("half-way through a batch") << "upgrade yarrow hearthbuild lanternfish" << 1
+                                                  << "==> 2 of 3 packages are done. Not done: hearthbuild";
+        QTest::newRow("up to date") << "upgrade mosscopy" << 0
+                                    << "==> mosscopy is already up to date (installed 3.4.0, latest 3.4.0). No "
+                                       "changes were made.";
+        QTest::newRow("pinned, not asked") << "upgrade kelp" << 1 << "a package is pinned; --yes upgrades it";
+        QTest::newRow("pinned, agreed") << "upgrade kelp --yes" << 0 << "Done: Upgrading kelp.";
+        QTest::newRow("service") << "upgrade meadowdb" << 0
+                                 << "==> Services that still run the old version: meadowdb";
+        QTest::newRow("adopt and force") << "install --cask copperplate --adopt --force" << 0
+                                         << "==> This Homebrew does not adopt and force at once.";
+        QTest::newRow("needed by others") << "uninstall libember" << 1 << "Refusing to uninstall";
+        QTest::newRow("removals") << "uninstall --cask tidepool bluefinch" << 0
+                                  << "Successfully uninstalled bluefinch";
+        QTest::newRow("option for a name") << "uninstall -- --force" << 1 << "--force";
+        QTest::newRow("shell for a name") << "uninstall a;b" << 1 << "a;b";
+    }
+    void paths() {
+        QFETCH(QString, line);
+        QFETCH(int, status);
+        QFETCH(QString, says);
+        const auto outcome = m_program.run(line.split(' '));
+        const QString all = outcome.output + outcome.errors;
+        QVERIFY2(all.contains(says), qPrintable(all));
+        QVERIFY2(outcome.status == status, qPrintable(all));
+        QCOMPARE(QDir(m_program.path("data"))
+                     .entryList({"*lock*", ".askpass*", "moved*"}, QDir::Files | QDir::Hidden),
+                 QStringList());
+    }
+
+    void whatTheyLeaveBehind() {
+        QVERIFY(QDir(m_program.path("Applications/Petrel Maps.app/Contents")).exists());
+        QVERIFY(QDir(m_program.path("Applications/Lichen.app/Contents")).exists());
+        QVERIFY(m_program.run({"pinned"}).output.contains("kelp"));
+        QVERIFY(m_program.run({"list"}).output.contains("hearthbuild"));
+    }
+
+    void capitalsAndColoursAreUnderstood() {
+        Program program;
+        QCOMPARE(program.run({"status"}).status, 0);
+        program.replaceBrew("if [ \"$1\" = upgrade ]; then printf '\\e[31mWARNING:\\e[0m \\e[1mREVERTING UPGRADE "
+                            "FOR\\e[0m Cask osprey-sync\\n'; exit 1; fi\nexec -a " + program.brew().toUtf8() +
+                            " $REAL \"$@\"\n");
+        const auto outcome = program.run({"upgrade", "osprey-sync"});
+        QCOMPARE(outcome.status, 1);
+        QVERIFY(outcome.errors.contains("Upgrade rolled back: osprey-sync was restored to the previous version."));
+    }
+
+    void twoProgramsTakeTurns() {
+        Program program;
+        QCOMPARE(program.run({"status"}).status, 0);
+        const auto first = program.start({"install", "inkcap"}, {"HOMEBREW_SAMPLE_PACE=on"});
+        QTRY_VERIFY(QFile::exists(program.path("data/operation.lock")));
+        const auto second = program.run({"install", "dovetail"});
+        QCOMPARE(second.status, 0);
+        QCOMPARE(second.output.section('\n', 0, 0), "==> Waiting for another Homebrew operation to finish…");
+        QCOMPARE(first->state() == QProcess::NotRunning || first->waitForFinished(2000), true);
+        QVERIFY(QDir(program.path("homebrew/Cellar/inkcap")).exists());
+        // A program that died holds nothing.
+        const auto third = program.start({"install", "larchgrove"}, {"HOMEBREW_SAMPLE_PACE=on"});
+        QTRY_VERIFY(QFile::exists(program.path("data/operation.lock")));
+        ::kill(static_cast<pid_t>(third->processId()), SIGKILL);
+        QVERIFY(third->waitForFinished());
+        const auto fourth = program.run({"install", "widdershins"});
+        QVERIFY2(fourth.status == 0 && !fourth.output.contains("Waiting"), qPrintable(fourth.output));
+    }
+};
+
+QTEST_GUILESS_MAIN(OperationsTest)
+#include "Operations_test.moc"
