@@ -78,7 +78,9 @@ class AuthorizationTest : public QObject {
         return found;
     }
     QString installed(const QString &token) const {
-        return QDir(m_program->path("homebrew/Caskroom/" + token)).entryList(QDir::Dirs | QDir::NoDotAndDotDot).value(0);
+        return QDir(m_program->path("homebrew/Caskroom/" + token))
+            .entryList(QDir::Dirs | QDir::NoDotAndDotDot)
+            .value(0);
     }
 
   private Q_SLOTS:
@@ -147,8 +149,8 @@ class AuthorizationTest : public QObject {
 
     void withoutATerminalItSaysWhatToDo() {
         QProcess process;
-        process.start("setsid", {"--wait", LARKSPUR_PROGRAM, "--sample-folder=" + m_program->path(""), "upgrade",
-                                 "--cask", "granite-vault"});
+        process.start("setsid", {"--wait", LARKSPUR_PROGRAM, "--sample-folder=" + m_program->path(""),
+                                 "upgrade", "--cask", "granite-vault"});
         const auto outcome = Program::finish(process);
         QCOMPARE(outcome.status, 1);
         QVERIFY(outcome.errors.contains("cannot be asked for without a terminal"));
@@ -157,8 +159,10 @@ class AuthorizationTest : public QObject {
 
     void aSecretOfADeadRunIsSweptAtTheNextStart() {
         // Brew hangs in its privileged step; the program dies.
-        m_program->replaceBrew("if [ \"$1\" = upgrade ] && [ -n \"$LARKSPUR_ASKPASS_PASSWORD\" ]; then sleep 60; "
-                               "fi\nexec -a " + m_program->brew().toUtf8() + " $REAL \"$@\"\n");
+        m_program->replaceBrew(
+            "if [ \"$1\" = upgrade ] && [ -n \"$LARKSPUR_ASKPASS_PASSWORD\" ]; then sleep 60; "
+            "fi\nexec -a " +
+            m_program->brew().toUtf8() + " $REAL \"$@\"\n");
         Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
         QVERIFY(session.prompt());
         session.type("sesame");

@@ -20,25 +20,28 @@ class OperationsTest : public QObject {
         QTest::addColumn<QString>("line");
         QTest::addColumn<int>("status");
         QTest::addColumn<QString>("says");
-        QTest::newRow("removed by hand")
-            << "upgrade lichen-notes" << 0
-            << "==> lichen-notes was removed outside Homebrew, but Homebrew still lists it as installed. Retrying "
-               "with --force…";
-        QTest::newRow("older copy") << "upgrade mosswood-photos" << 0
-                                    << "==> An older copy of mosswood-photos is blocking the update. Retrying with "
-                                       "--force…";
-        QTest::newRow("App Management") << "upgrade nightjar-recorder" << 1
-                                        << "macOS blocked Larkspur from modifying this app.";
+        QTest::newRow("removed by hand") << "upgrade lichen-notes" << 0
+                                         << "==> lichen-notes was removed outside Homebrew, but Homebrew "
+                                            "still lists it as installed. Retrying "
+                                            "with --force…";
+        QTest::newRow("older copy")
+            << "upgrade mosswood-photos" << 0
+            << "==> An older copy of mosswood-photos is blocking the update. Retrying with "
+               "--force…";
+        QTest::newRow("App Management")
+            << "upgrade nightjar-recorder" << 1 << "macOS blocked Larkspur from modifying this app.";
         QTest::newRow("reverted") << "upgrade osprey-sync" << 1
                                   << "Upgrade rolled back: osprey-sync was restored to the previous version.";
-        QTest::newRow("broken download") << "upgrade petrel-maps" << 1 << "Petrel Maps.app back as it was before.";
+        QTest::newRow("broken download")
+            << "upgrade petrel-maps" << 1 << "Petrel Maps.app back as it was before.";
         QTest::newRow("licence") << "install toadflax-odbc" << 1
                                  << "echo 'export HOMEBREW_ACCEPT_EULA=Y' >> ~/.zshrc";
         QTest::newRow("half-way through a batch") << "upgrade yarrow hearthbuild lanternfish" << 1
                                                   << "==> 2 of 3 packages are done. Not done: hearthbuild";
-        QTest::newRow("up to date") << "upgrade mosscopy" << 0
-                                    << "==> mosscopy is already up to date (installed 3.4.0, latest 3.4.0). No "
-                                       "changes were made.";
+        QTest::newRow("up to date")
+            << "upgrade mosscopy" << 0
+            << "==> mosscopy is already up to date (installed 3.4.0, latest 3.4.0). No "
+               "changes were made.";
         QTest::newRow("pinned, not asked") << "upgrade kelp" << 1 << "a package is pinned; --yes upgrades it";
         QTest::newRow("pinned, agreed") << "upgrade kelp --yes" << 0 << "Done: Upgrading kelp.";
         QTest::newRow("service") << "upgrade meadowdb" << 0
@@ -74,12 +77,14 @@ class OperationsTest : public QObject {
     void capitalsAndColoursAreUnderstood() {
         Program program;
         QCOMPARE(program.run({"status"}).status, 0);
-        program.replaceBrew("if [ \"$1\" = upgrade ]; then printf '\\e[31mWARNING:\\e[0m \\e[1mREVERTING UPGRADE "
-                            "FOR\\e[0m Cask osprey-sync\\n'; exit 1; fi\nexec -a " + program.brew().toUtf8() +
-                            " $REAL \"$@\"\n");
+        program.replaceBrew(
+            "if [ \"$1\" = upgrade ]; then printf '\\e[31mWARNING:\\e[0m \\e[1mREVERTING UPGRADE "
+            "FOR\\e[0m Cask osprey-sync\\n'; exit 1; fi\nexec -a " +
+            program.brew().toUtf8() + " $REAL \"$@\"\n");
         const auto outcome = program.run({"upgrade", "osprey-sync"});
         QCOMPARE(outcome.status, 1);
-        QVERIFY(outcome.errors.contains("Upgrade rolled back: osprey-sync was restored to the previous version."));
+        QVERIFY(outcome.errors.contains(
+            "Upgrade rolled back: osprey-sync was restored to the previous version."));
     }
 
     void twoProgramsTakeTurns() {

@@ -52,12 +52,9 @@ bool isAppManagementBlock(const QString &output) {
 
 FailureSummary summarizeFailure(const OperationRequest &request, const QStringList &output) {
     enum Phrase { Reverting, Refused, Password, Denied, Administrator, Licence, Eula };
-    static const PhraseSet phrases{"reverting upgrade for",
-                                   "apply2files",
-                                   "password is required",
-                                   "permission denied",
-                                   "administrator privileges",
-                                   "accept the license terms",
+    static const PhraseSet phrases{"reverting upgrade for",    "apply2files",
+                                   "password is required",     "permission denied",
+                                   "administrator privileges", "accept the license terms",
                                    "homebrew_accept_eula"};
     PhraseSet::Found found = 0;
     for (const QString &line : output)
