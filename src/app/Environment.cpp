@@ -50,6 +50,7 @@ Environment userEnvironment() {
                       QStringLiteral("/Larkspur"),
         .knownBrewPaths = platform.knownBrewPaths,
         .applicationFolders = platform.applicationFolders,
+        .copyTool = platform.copyTool,
         .memoryFolder = platform.memoryFolder,
     };
     environment.preferenceStore = std::move(platform.preferenceStore);
@@ -78,6 +79,7 @@ std::expected<Environment, QString> sampleEnvironment(const QString &folder, boo
         .readLoginShell = false,
         .applicationFolders = {root + QStringLiteral("/Applications")},
         .asksTheNet = false,
+        .copyTool = platform.copyTool,
         .memoryFolder = platform.memoryFolder,
         .titleSuffix = QStringLiteral(" — Sample"),
     };

@@ -27,15 +27,35 @@ Larkspur::Larkspur(Environment environment)
     , m_storedPassword(*m_environment.passwordStore, *m_environment.passwordVerifier, m_preferences)
     , m_sudoAuth(
           {*m_environment.passwordVerifier, m_storedPassword, *m_environment.memoryProtection, m_tasks})
+    , m_copier(m_shell, m_environment.locations.copyTool)
+    , m_kegs({.preferences = m_preferences,
+              .logger = m_logger,
+              .copier = m_copier,
+              .defaultFolder = m_environment.locations.preservedKegs()})
+    , m_rollback({.kegs = m_kegs,
+                  .copier = m_copier,
+                  .logger = m_logger,
+                  .noteFile = m_environment.locations.rollbackNote()})
+    , m_snapshots({.queries = m_queries,
+                   .preferences = m_preferences,
+                   .logger = m_logger,
+                   .folder = m_environment.locations.snapshots()})
+    , m_restore({m_snapshots, m_kegs, m_rollback})
+    , m_safeguard({m_snapshots, m_kegs, m_logger})
     , m_packageOperations({.brew = m_brew,
                            .queries = m_queries,
                            .preferences = m_preferences,
                            .logger = m_logger,
+                           .safeguard = m_safeguard,
+                           .rollback = m_rollback,
+                           .restore = m_restore,
                            .movedAsideNote = m_environment.locations.movedAsideNote()})
     , m_planner(m_brew, m_queries)
     , m_recovery({.resolver = m_resolver,
-                  .lock = m_operationLock,
+                  .brew = m_brew,
                   .askpass = m_askpass,
+                  .kegs = m_kegs,
+                  .rollback = m_rollback,
                   .movedAsideNote = m_environment.locations.movedAsideNote(),
                   .logger = m_logger})
     , m_operations(m_packageOperations, m_sudoAuth, m_tasks) {

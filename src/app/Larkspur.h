@@ -12,6 +12,7 @@
 #include "core/log/Logger.h"
 #include "core/process/ProcessShellExecutor.h"
 #include "core/settings/Preferences.h"
+#include "core/trees/TreeCopier.h"
 #include "inventory/cache/PackageCache.h"
 #include "inventory/queries/InventoryQueries.h"
 #include "inventory/refresh/BrewReleaseCheck.h"
@@ -23,7 +24,12 @@
 #include "inventory/state/InventoryState.h"
 #include "operations/CrashRecovery.h"
 #include "operations/OperationCenter.h"
+#include "operations/UpgradeSafeguard.h"
+#include "operations/kegs/KegPreservationManager.h"
+#include "operations/kegs/KegRollback.h"
 #include "operations/plan/OperationPlanner.h"
+#include "operations/snapshots/SnapshotManager.h"
+#include "operations/snapshots/SnapshotRestore.h"
 
 #include <QNetworkAccessManager>
 
@@ -48,6 +54,8 @@ class Larkspur : public QObject {
     CatalogueUpdate &catalogueUpdate() { return m_catalogueUpdate; }
     PackageSizes &packageSizes() { return m_packageSizes; }
     OperationCenter &operations() { return m_operations; }
+    KegPreservationManager &kegs() { return m_kegs; }
+    SnapshotManager &snapshots() { return m_snapshots; }
     OperationPlanner &planner() { return m_planner; }
     SudoAuth &sudoAuth() { return m_sudoAuth; }
     StoredPassword &storedPassword() { return m_storedPassword; }
@@ -97,6 +105,12 @@ class Larkspur : public QObject {
     TaskScope m_tasks;
     StoredPassword m_storedPassword;
     SudoAuth m_sudoAuth;
+    TreeCopier m_copier;
+    KegPreservationManager m_kegs;
+    KegRollback m_rollback;
+    SnapshotManager m_snapshots;
+    SnapshotRestore m_restore;
+    UpgradeSafeguard m_safeguard;
     PackageOperations m_packageOperations;
     OperationPlanner m_planner;
     CrashRecovery m_recovery;

@@ -8,17 +8,22 @@ namespace larkspur {
 
 class AskpassFiles;
 class BrewPathResolver;
+class BrewService;
+class KegPreservationManager;
+class KegRollback;
 class Logger;
-class OperationLock;
 
 /// Puts right, at the start of the program, what an operation left behind when the program died: the secret
-/// for sudo, Homebrew's script that was replaced, applications that stand aside.
+/// for sudo, Homebrew's script that was replaced, applications that stand aside, copies of kegs in the
+/// making, a rollback half-way.
 class CrashRecovery {
   public:
     struct Parts {
         BrewPathResolver &resolver;
-        OperationLock &lock;
+        BrewService &brew;
         const AskpassFiles &askpass;
+        KegPreservationManager &kegs;
+        KegRollback &rollback;
         QString movedAsideNote;
         Logger &logger;
     };

@@ -19,6 +19,10 @@ QString operationVerb(OperationKind kind) {
         return QStringLiteral("Unpinning");
     case OperationKind::RestartService:
         return QStringLiteral("Restarting");
+    case OperationKind::RollBack:
+        return QStringLiteral("Rolling back");
+    case OperationKind::Restore:
+        return QStringLiteral("Restoring");
     }
     return {};
 }
@@ -26,6 +30,8 @@ QString operationVerb(OperationKind kind) {
 QString OperationRequest::title() const {
     if (kind == OperationKind::UpgradeAll)
         return QStringLiteral("Upgrading all packages");
+    if (kind == OperationKind::Restore)
+        return QStringLiteral("Restoring a restore point");
     if (packages.size() == 1)
         return operationVerb(kind) + QLatin1Char(' ') + packages.first().name;
     return QStringLiteral("%1 %2 packages").arg(operationVerb(kind)).arg(packages.size());

@@ -3,6 +3,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QUuid>
 
 #include <optional>
 
@@ -17,6 +18,8 @@ enum class OperationKind {
     Pin,
     Unpin,
     RestartService, ///< of formulae
+    RollBack,       ///< of formulae, each to its `latestVersion`, from its preserved keg
+    Restore,        ///< of a restore point
 };
 
 /// A package as it is named to brew: tap-qualified where that is needed.
@@ -33,6 +36,13 @@ struct PackageTarget {
 /// "Upgrading" and the like.
 QString operationVerb(OperationKind kind);
 
+/// Which restore point is to be restored, and how far.
+struct RestoreOrder {
+    QUuid snapshot;
+    bool removesAdded = false;      ///< also removes what was installed since
+    bool rollsBackVersions = false; ///< also takes formulae back to their versions of then
+};
+
 /// What is to be done with which packages.
 struct OperationRequest {
     OperationKind kind = OperationKind::Install;
@@ -42,6 +52,10 @@ struct OperationRequest {
     bool force = false; ///< install of casks: replace what is in the way
     /// Upgrade of casks: by a reinstallation, for machines on which Homebrew cannot copy extended attributes.
     bool reinstallsCasks = false;
+    std::optional<RestoreOrder> restore = std::nullopt;
+    /// Formulae that the upgrade will replace, dependencies and dependents included, where somebody has asked
+    /// Homebrew already.
+    std::optional<QStringList> replacedFormulae = std::nullopt;
     /// Number of packages that will be touched, where known: for the progress bar.
     std::optional<int> expectedSteps = std::nullopt;
 

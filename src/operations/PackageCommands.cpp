@@ -41,6 +41,9 @@ QStringList brewArguments(const OperationRequest &request, const PackageTarget &
         return words(QStringLiteral("unpin"), package);
     case OperationKind::RestartService:
         return {QStringLiteral("services"), QStringLiteral("restart"), package.name};
+    case OperationKind::RollBack:
+    case OperationKind::Restore:
+        break; // several commands
     }
     return {};
 }
@@ -56,6 +59,8 @@ BrewSession::Style streamStyle(OperationKind kind) {
     case OperationKind::Pin:
     case OperationKind::Unpin:
     case OperationKind::RestartService:
+    case OperationKind::RollBack:
+    case OperationKind::Restore:
         break;
     }
     return BrewSession::Style::Plain;

@@ -5,8 +5,10 @@
 #include "core/settings/Preferences.h"
 #include "inventory/queries/InventoryQueries.h"
 #include "operations/PackageCommands.h"
+#include "operations/UpgradeSafeguard.h"
 #include "operations/installed/StateCheck.h"
-#include "operations/retry/PackageRun.h"
+#include "operations/kegs/KegRollback.h"
+#include "operations/snapshots/SnapshotRestore.h"
 
 #include <algorithm>
 
@@ -87,73 +89,129 @@ Task<Result<OperationReport>> PackageOperations::perform(OperationRequest reques
         co_return std::unexpected(session.error());
     if (onBegin)
         onBegin();
-    const auto known = co_await m_parts.queries.homebrewPrefix(context.stop);
-    if (!known && known.error().kind != BrewError::Kind::CommandFailed)
-        co_return std::unexpected(known.error());
-    const QString prefix = known.value_or(QString());
-    const InstalledPackages before = co_await installedAt(prefix);
-    auto report = co_await performAll(&*session, request, context, prefix);
-    if (!report || prefix.isEmpty())
+    if (m_parts.rollback.hasUnfinished())
+        co_await m_parts.rollback.recover(&*session);
+    const auto prefix = co_await m_parts.queries.homebrewPrefix(context.stop);
+    if (!prefix && prefix.error().kind != BrewError::Kind::CommandFailed)
+        co_return std::unexpected(prefix.error());
+    co_return co_await performLocked(
+        {&*session, std::move(request), std::move(context), prefix.value_or(QString())});
+}
+
+Task<Result<OperationReport>> PackageOperations::performLocked(Work work) {
+    const InstalledPackages before = co_await installedAt(work.prefix);
+    auto report = co_await performGuarded(work, &before);
+    if (work.prefix.isEmpty())
         co_return report;
-    const InstalledPackages after = co_await installedAt(prefix);
-    const QStringList warnings = stateWarnings(request, reportedDone(request, *report), before, after);
+    const InstalledPackages after = co_await installedAt(work.prefix);
+    if (work.request.isUpgrade())
+        co_await concludeUpgrade(work, &before, &after, &report);
+    if (!report)
+        co_return report;
+    const QStringList warnings =
+        stateWarnings(work.request, reportedDone(work.request, *report), before, after);
     report->hasWarnings = report->hasWarnings || !warnings.isEmpty();
     for (const QString &warning : warnings)
-        say(context, warning);
-    if (request.isUpgrade())
-        report->servicesToRestart = co_await servicesToRestart(after.formulaeNewSince(before), context.stop);
-    if (!report->servicesToRestart.isEmpty())
-        say(context, QStringLiteral("==> Services that still run the old version: %1")
-                         .arg(report->servicesToRestart.join(QStringLiteral(", "))));
+        say(work.context, warning);
     co_return report;
 }
 
-Task<Result<OperationReport>> PackageOperations::performAll(BrewSession *session, OperationRequest request,
-                                                            OperationContext context, QString prefix) {
+Task<Result<OperationReport>> PackageOperations::performGuarded(Work work, const InstalledPackages *before) {
+    if (work.request.kind == OperationKind::RollBack)
+        co_return co_await rollBackAll(work);
+    if (work.request.kind == OperationKind::Restore) {
+        OperationReport report;
+        const auto restored = co_await m_parts.restore.run(work.request.restore.value_or(RestoreOrder()),
+                                                           settingOf(work), &report);
+        co_return restored ? Result<OperationReport>(report) : std::unexpected(restored.error());
+    }
+    bool isSafe = true;
+    if (work.request.isUpgrade() && !work.prefix.isEmpty())
+        isSafe = co_await m_parts.safeguard.prepare({work.session, work.request, work.context, work.prefix},
+                                                    before);
+    auto report = co_await performAll(work);
+    if (report && !isSafe)
+        report->hasWarnings = true;
+    co_return report;
+}
+
+Task<> PackageOperations::concludeUpgrade(Work work, const InstalledPackages *before,
+                                          const InstalledPackages *after, Result<OperationReport> *report) {
+    co_await m_parts.safeguard.relinkLost({work.session, work.request, work.context, work.prefix}, before,
+                                          after);
+    if (!*report)
+        co_return;
+    const QStringList services =
+        co_await servicesToRestart(after->formulaeNewSince(*before), work.context.stop);
+    (*report)->servicesToRestart = services;
+    if (!services.isEmpty())
+        say(work.context, QStringLiteral("==> Services that still run the old version: %1")
+                              .arg(services.join(QStringLiteral(", "))));
+}
+
+PackageRun::Setting PackageOperations::settingOf(const Work &work) const {
+    return {.session = work.session,
+            .context = work.context,
+            .prefix = work.prefix,
+            .noteFile = m_parts.movedAsideNote,
+            .logger = &m_parts.logger};
+}
+
+Task<Result<OperationReport>> PackageOperations::rollBackAll(Work work) {
     OperationReport report;
-    QList<PackageTarget> packages = request.packages;
-    if (request.kind == OperationKind::UpgradeAll)
+    for (const PackageTarget &package : work.request.packages) {
+        if (work.context.stop.stop_requested())
+            co_return std::unexpected(BrewError::stopped());
+        const bool isBack = co_await m_parts.rollback.run({.session = work.session,
+                                                           .context = work.context,
+                                                           .prefix = work.prefix,
+                                                           .formula = shortName(package.name),
+                                                           .version = package.latestVersion});
+        report.packages.append({package, isBack ? PackageEnd::Done : PackageEnd::Failed});
+    }
+    co_return report;
+}
+
+Task<Result<OperationReport>> PackageOperations::performAll(Work work) {
+    OperationReport report;
+    QList<PackageTarget> packages = work.request.packages;
+    if (work.request.kind == OperationKind::UpgradeAll)
         packages = {PackageTarget{}}; // one command for all of them
     const bool isBatch = packages.size() > 1;
     for (qsizetype i = 0; i < packages.size(); ++i) {
         const PackageTarget package = packages[i];
         if (isBatch)
-            say(context, QStringLiteral("==> %1 %2").arg(operationVerb(request.kind), package.name));
-        if (isBatch && context.onPackage)
-            context.onPackage(package.name, static_cast<int>(i), static_cast<int>(packages.size()));
-        const auto done = co_await performOne(session, request, package, context, prefix, &report);
+            say(work.context,
+                QStringLiteral("==> %1 %2").arg(operationVerb(work.request.kind), package.name));
+        if (isBatch && work.context.onPackage)
+            work.context.onPackage(package.name, static_cast<int>(i), static_cast<int>(packages.size()));
+        const auto done = co_await performOne(work, package, &report);
         if (!done)
             co_return std::unexpected(done.error());
-        if (isBatch && request.kind == OperationKind::Uninstall)
-            say(context, removalLine(package, report.packages.last().end));
+        if (isBatch && work.request.kind == OperationKind::Uninstall)
+            say(work.context, removalLine(package, report.packages.last().end));
     }
     if (isBatch)
-        sayBatchResult(context, report);
+        sayBatchResult(work.context, report);
     co_return report;
 }
 
 /// Adds the package's result to the report.
-Task<Result<bool>> PackageOperations::performOne(BrewSession *session, OperationRequest request,
-                                                 PackageTarget package, OperationContext context,
-                                                 QString prefix, OperationReport *report) {
-    if (isUpToDate(request, package)) {
-        say(context, upToDateLine(package));
+Task<Result<bool>> PackageOperations::performOne(Work work, PackageTarget package, OperationReport *report) {
+    if (isUpToDate(work.request, package)) {
+        say(work.context, upToDateLine(package));
         report->packages.append({package, PackageEnd::Done});
         co_return true;
     }
-    const PackageRun::Setting setting{.session = session,
-                                      .context = context,
-                                      .prefix = std::move(prefix),
-                                      .noteFile = m_parts.movedAsideNote,
-                                      .logger = &m_parts.logger};
-    const bool isHeld = package.isPinned && request.kind == OperationKind::Upgrade;
+    const PackageRun::Setting setting = settingOf(work);
+    const bool isHeld = package.isPinned && work.request.kind == OperationKind::Upgrade;
     if (isHeld) {
         PackageRun unpinning(setting, {.kind = OperationKind::Unpin}, package);
         const auto unpinned = co_await unpinning.run();
         if (!unpinned)
             co_return std::unexpected(unpinned.error());
     }
-    PackageRun run(setting, request, package);
+    PackageRun run(setting, work.request, package);
     const Result<PackageEnd> end = co_await run.run();
     if (isHeld) {
         // Whatever became of the upgrade, also if it was stopped: what was held stays held.

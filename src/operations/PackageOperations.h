@@ -2,13 +2,17 @@
 
 #include "core/brew/BrewService.h"
 #include "operations/OperationReport.h"
+#include "operations/retry/PackageRun.h"
 
 namespace larkspur {
 
 class InstalledPackages;
 class InventoryQueries;
+class KegRollback;
 class Logger;
 class Preferences;
+class SnapshotRestore;
+class UpgradeSafeguard;
 
 /// Does the work of an operation request: takes the lock for the whole of it, runs brew for one package after
 /// the other, goes on after a package that failed, and looks at the end whether what Homebrew reported is so.
@@ -19,6 +23,9 @@ class PackageOperations {
         InventoryQueries &queries;
         Preferences &preferences;
         Logger &logger;
+        UpgradeSafeguard &safeguard;
+        KegRollback &rollback;
+        SnapshotRestore &restore;
         QString movedAsideNote; ///< file for what stands aside during a reinstallation
     };
     explicit PackageOperations(Parts parts);
@@ -29,10 +36,21 @@ class PackageOperations {
                                           std::function<void()> onBegin = {});
 
   private:
-    Task<Result<OperationReport>> performAll(BrewSession *session, OperationRequest request,
-                                             OperationContext context, QString prefix);
-    Task<Result<bool>> performOne(BrewSession *session, OperationRequest request, PackageTarget package,
-                                  OperationContext context, QString prefix, OperationReport *report);
+    /// One operation that holds the lock.
+    struct Work {
+        BrewSession *session;
+        OperationRequest request;
+        OperationContext context;
+        QString prefix; ///< of Homebrew; empty where unknown
+    };
+    Task<Result<OperationReport>> performLocked(Work work);
+    Task<Result<OperationReport>> performGuarded(Work work, const InstalledPackages *before);
+    Task<Result<OperationReport>> performAll(Work work);
+    Task<Result<bool>> performOne(Work work, PackageTarget package, OperationReport *report);
+    Task<Result<OperationReport>> rollBackAll(Work work);
+    Task<> concludeUpgrade(Work work, const InstalledPackages *before, const InstalledPackages *after,
+                           Result<OperationReport> *report);
+    PackageRun::Setting settingOf(const Work &work) const;
     Task<QStringList> servicesToRestart(QStringList upgraded, StopToken stop);
 
     Parts m_parts;

@@ -22,6 +22,8 @@ QString terminalCommand(const OperationRequest &request) {
         !request.packages.isEmpty() && std::ranges::all_of(request.packages, &PackageTarget::isCask);
     OperationRequest plain = request;
     plain.reinstallsCasks = false;
+    if (brewArguments(plain, {}).isEmpty())
+        return {}; // no single command does it
     QString command = QStringLiteral("brew ") + brewArguments(plain, {}).first();
     if (request.kind == OperationKind::RestartService)
         command += QStringLiteral(" restart");

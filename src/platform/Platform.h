@@ -25,6 +25,8 @@ struct Platform {
     QStringList knownBrewPaths;
     /// Folders where applications are installed.
     QStringList applicationFolders;
+    /// Program and options that copy a folder with everything that belongs to it.
+    QStringList copyTool = {};
     /// An owner-only folder that lives in memory; empty where there is none.
     QString memoryFolder = {};
 };

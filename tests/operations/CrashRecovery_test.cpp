@@ -1,6 +1,6 @@
 #include "operations/CrashRecovery.h"
 #include "operations/retry/MovedAside.h"
-#include "tests/support/BrewWorld.h"
+#include "tests/support/OperationWorld.h"
 
 #include <QDir>
 #include <QTest>
@@ -12,9 +12,9 @@ using namespace larkspur::test;
 class CrashRecoveryTest : public QObject {
     Q_OBJECT
 
-    struct World : BrewWorld {
-        QString prefix = folder.path();
-        QString script = prefix + "/Library/Homebrew/cask/utils/copy-xattrs.swift";
+    struct World : OperationWorld {
+        QString home = folder.path();
+        QString script = home + "/Library/Homebrew/cask/utils/copy-xattrs.swift";
         QString app = path("apps/x.app");
 
         World() {
@@ -30,7 +30,13 @@ class CrashRecoveryTest : public QObject {
             write(path("moved-aside.json"), "[\"" + app.toUtf8() + "\"]");
         }
         void recover() {
-            CrashRecovery recovery({resolver, lock, askpass, path("moved-aside.json"), logger});
+            CrashRecovery recovery({.resolver = resolver,
+                                    .brew = brew,
+                                    .askpass = askpass,
+                                    .kegs = kegs,
+                                    .rollback = rollback,
+                                    .movedAsideNote = path("moved-aside.json"),
+                                    .logger = logger});
             await(recovery.run());
         }
     };

@@ -4,8 +4,14 @@
 #include "core/authorization/MemoryProtection.h"
 #include "core/authorization/StoredPassword.h"
 #include "core/authorization/SudoAuth.h"
+#include "core/trees/TreeCopier.h"
 #include "inventory/queries/InventoryQueries.h"
 #include "operations/PackageOperations.h"
+#include "operations/UpgradeSafeguard.h"
+#include "operations/kegs/KegPreservationManager.h"
+#include "operations/kegs/KegRollback.h"
+#include "operations/snapshots/SnapshotManager.h"
+#include "operations/snapshots/SnapshotRestore.h"
 #include "tests/support/BrewWorld.h"
 
 #include <QDir>
@@ -59,16 +65,28 @@ struct OperationWorld : BrewWorld {
     StoredPassword stored{store, verifier, preferences};
     SudoAuth sudoAuth{{verifier, stored, memory, tasks}};
     InventoryQueries queries{brew, preferences, logger};
+    TreeCopier copier{shell, {"copy"}};
+    KegPreservationManager kegs{{preferences, logger, copier, path("kegs")}};
+    KegRollback rollback{{kegs, copier, logger, path("rollback.json")}};
+    SnapshotManager snapshots{{queries, preferences, logger, path("snapshots")}};
+    SnapshotRestore restore{{snapshots, kegs, rollback}};
+    UpgradeSafeguard safeguard{{snapshots, kegs, logger}};
     PackageOperations operations{{.brew = brew,
                                   .queries = queries,
                                   .preferences = preferences,
                                   .logger = logger,
+                                  .safeguard = safeguard,
+                                  .rollback = rollback,
+                                  .restore = restore,
                                   .movedAsideNote = path("moved-aside.json")}};
     std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
 
     OperationWorld() {
         shell.answer("--prefix", path("prefix").toUtf8() + '\n');
         shell.answer("services list --json", "[]");
+        shell.answer("tap", "homebrew/core\n");
+        // Most tests are about the upgrade itself.
+        preferences.set(keys::kegPreservationEnabled, false);
         QDir().mkpath(path("prefix"));
     }
 

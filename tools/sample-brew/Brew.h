@@ -60,6 +60,7 @@ int install(Brew &brew, const Arguments &arguments);
 int upgrade(Brew &brew, const Arguments &arguments);
 int reinstall(Brew &brew, const Arguments &arguments);
 int uninstall(Brew &brew, const Arguments &arguments);
+int link(Brew &brew, const Arguments &arguments);
 int pin(Brew &brew, const Arguments &arguments);
 int unpin(Brew &brew, const Arguments &arguments);
 

@@ -235,6 +235,17 @@ int uninstall(Brew &brew, const Arguments &arguments) {
     return status;
 }
 
+int link(Brew &brew, const Arguments &arguments) {
+    int status = 0;
+    for (const QString &name : arguments.names) {
+        const Formula *formula = brew.catalogue.formula(name);
+        if (!formula)
+            return unknown(brew, name);
+        status |= linkFormula(brew, *formula);
+    }
+    return status;
+}
+
 int pin(Brew &brew, const Arguments &arguments) {
     for (const QString &name : arguments.names) {
         const bool isCask = arguments.has("--cask") || !brew.catalogue.formula(name);

@@ -62,6 +62,31 @@ int failBuild(const Brew &brew, const Formula &formula) {
     return 1;
 }
 
+/// What was installed for others only and is needed by nobody any more.
+void autoremove(Brew &brew) {
+    const auto isNeeded = [&brew](const Formula &formula) {
+        return std::ranges::any_of(brew.catalogue.formulae, [&](const Formula &other) {
+            return brew.isInstalled(other) && other.dependencies.contains(formula.fullName());
+        });
+    };
+    for (bool again = true; again;) {
+        again = false;
+        for (const Formula &formula : brew.catalogue.formulae) {
+            const QStringList versions = brew.prefix.versions(formula);
+            if (versions.isEmpty() || isNeeded(formula) ||
+                brew.prefix.receipt(formula, versions.last())
+                    .value(QLatin1String("installed_on_request"))
+                    .toBool())
+                continue;
+            brew.screen.header(QStringLiteral("Autoremoving 1 unneeded formula:"));
+            brew.screen.line(formula.fullName());
+            for (const QString &version : versions)
+                brew.prefix.removeKeg(formula, version);
+            again = true;
+        }
+    }
+}
+
 int refuseWithoutLicence(const Brew &brew, const Formula &formula) {
     brew.screen.note(QStringLiteral("%1 asks you to accept the license terms before it is installed.\n"
                                     "Set HOMEBREW_ACCEPT_EULA=Y to accept them.")
@@ -130,12 +155,43 @@ int removeFormula(Brew &brew, const Formula &formula, const Arguments &arguments
                      dependents.size() == 1 ? QStringLiteral("is") : QStringLiteral("are"), formula.name));
         return 1;
     }
-    for (const QString &version : versions) {
+    // Without --force only the version in use goes.
+    const QString linked = brew.prefix.linkedVersion(formula);
+    const QStringList removed =
+        arguments.has("--force") ? versions : QStringList{linked.isEmpty() ? versions.last() : linked};
+    for (const QString &version : removed) {
         const QString keg = brew.prefix.keg(formula, version);
         brew.screen.line(QStringLiteral("Uninstalling %1... (%2)").arg(keg, Prefix::sizeText(keg)));
         brew.screen.pause(400);
         brew.prefix.removeKeg(formula, version);
     }
+    if (arguments.has("--force"))
+        brew.prefix.unpin(formula.name, false);
+    for (const QString &version : brew.prefix.versions(formula))
+        brew.screen.line(QStringLiteral("%1 %2 is still installed.").arg(formula.name, version));
+    if (qEnvironmentVariableIsEmpty("HOMEBREW_NO_AUTOREMOVE"))
+        autoremove(brew);
+    return 0;
+}
+
+int linkFormula(Brew &brew, const Formula &formula) {
+    const QStringList versions = brew.prefix.versions(formula);
+    if (versions.isEmpty()) {
+        brew.screen.error(QStringLiteral("No such keg: %1/%2").arg(brew.prefix.cellar(), formula.name));
+        return 1;
+    }
+    if (formula.kegOnly) {
+        brew.screen.warning(
+            QStringLiteral("%1 is keg-only and must be linked with `--force`.").arg(formula.name));
+        return 0;
+    }
+    const QString keg = brew.prefix.keg(formula, versions.last());
+    if (brew.prefix.linkedVersion(formula) == versions.last()) {
+        brew.screen.warning(QStringLiteral("Already linked: ") + keg);
+        return 0;
+    }
+    brew.prefix.link(formula, versions.last());
+    brew.screen.line(QStringLiteral("Linking %1... 1 symlinks created.").arg(keg));
     return 0;
 }
 

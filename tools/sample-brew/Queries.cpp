@@ -268,9 +268,20 @@ int services(Brew &brew, const Arguments &arguments) {
     return 0;
 }
 
-int tap(Brew &brew, const Arguments &) {
+int tap(Brew &brew, const Arguments &arguments) {
+    QJsonObject state = brew.prefix.state();
+    QJsonArray added = state.value(QLatin1String("taps")).toArray();
+    if (!arguments.names.isEmpty()) {
+        brew.screen.note(QStringLiteral("==> Tapping ") + arguments.names.first());
+        added.append(arguments.names.first());
+        state.insert(QStringLiteral("taps"), added);
+        brew.prefix.setState(state);
+        return 0;
+    }
     for (const Tap &tap : brew.catalogue.taps)
         brew.screen.line(tap.name);
+    for (const QJsonValue &name : added)
+        brew.screen.line(name.toString());
     return 0;
 }
 

@@ -40,6 +40,7 @@ const QHash<QString, Command> &commands() {
                                                {QStringLiteral("upgrade"), sample::upgrade},
                                                {QStringLiteral("reinstall"), sample::reinstall},
                                                {QStringLiteral("uninstall"), sample::uninstall},
+                                               {QStringLiteral("link"), sample::link},
                                                {QStringLiteral("pin"), sample::pin},
                                                {QStringLiteral("unpin"), sample::unpin}};
     return table;

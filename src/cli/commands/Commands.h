@@ -27,6 +27,9 @@ std::unique_ptr<Command> makeUninstallCommand();
 std::unique_ptr<Command> makePinCommand();
 std::unique_ptr<Command> makeUnpinCommand();
 std::unique_ptr<Command> makeUpgradeCommand();
+std::unique_ptr<Command> makeSnapshotCommand();
+std::unique_ptr<Command> makeRollbackCommand();
+std::unique_ptr<Command> makeKegsCommand();
 std::unique_ptr<Command> makeLogCommand();
 
 } // namespace larkspur::cli

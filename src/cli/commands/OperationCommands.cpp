@@ -1,10 +1,7 @@
 #include "app/Larkspur.h"
-#include "cli/LiveOutput.h"
-#include "cli/OperationQuestion.h"
-#include "cli/PasswordPrompt.h"
+#include "cli/OperationRunner.h"
 #include "cli/commands/Commands.h"
 #include "core/brew/PackageName.h"
-#include "operations/outcome/FailureSummary.h"
 
 #include <algorithm>
 
@@ -14,72 +11,6 @@ namespace {
 
 const QString cask = QStringLiteral("--cask");
 const QString yes = QStringLiteral("--yes");
-
-QString outcomeLine(const OperationRun &run) {
-    if (run.wasCancelled())
-        return QStringLiteral("Cancelled: %1.").arg(run.title());
-    if (run.wasStopped())
-        return QStringLiteral("Stopped: %1. The operation may be incomplete.").arg(run.title());
-    switch (run.outcome()) {
-    case OperationOutcome::Succeeded:
-        return QStringLiteral("Done: %1.").arg(run.title());
-    case OperationOutcome::CompletedWithWarnings:
-        return QStringLiteral("Completed with warnings: %1.").arg(run.title());
-    case OperationOutcome::Running:
-    case OperationOutcome::Failed:
-        break;
-    }
-    return QStringLiteral("Failed: %1.").arg(run.title());
-}
-
-/// What the output of a failed operation comes down to, and what to do about it.
-void printReason(const Terminal &terminal, const OperationRun &run) {
-    const FailureSummary summary = summarizeFailure(run.request(), run.transcript().lines());
-    for (const QString &text : {summary.text, summary.suggestion, summary.commandToCopy})
-        if (!text.isEmpty())
-            terminal.error(text);
-}
-
-/// Starts the operation, prints its output, and waits for its end.
-Task<ExitStatus> perform(CommandContext context, OperationRequest request, bool isAgreed) {
-    if (!co_await mayProceed(context, request, isAgreed)) {
-        context.terminal.error(QStringLiteral("Nothing was changed."));
-        co_return ExitStatus::Failed;
-    }
-    const PasswordPrompt passwords(context.larkspur.sudoAuth(), context.terminal, context.larkspur.tasks(),
-                                   context.stop);
-    OperationCenter &center = context.larkspur.operations();
-    center.setWantsRedraws(context.terminal.isInteractive());
-    OperationRun *run = center.create(std::move(request));
-    const auto output = std::make_shared<LiveOutput>(context.terminal);
-    Completion<bool> ended;
-    QObject::connect(run, &OperationRun::outputReceived, run, [run, output](const OutputChange &change) {
-        output->receive(change);
-        output->showProgress(run->progress());
-    });
-    QObject::connect(run, &OperationRun::changed, run, [run, output] {
-        if (run->state() == OperationRun::State::AskingForPassword)
-            output->clearBar();
-        else if (run->isStopping())
-            output->showNote(QStringLiteral("Stopping; Homebrew gets a moment to clean up…"));
-        else if (run->silence() > std::chrono::seconds(0))
-            output->showNote(QStringLiteral("Nothing has come from Homebrew for %1 s; Ctrl-C stops it.")
-                                 .arg(run->silence().count()));
-    });
-    QObject::connect(run, &OperationRun::finished, run, [ended]() mutable { ended.complete(true); });
-    const std::stop_callback onStop(context.stop, [run] { run->stop(); });
-    center.start(run);
-    co_await ended;
-    output->clearBar();
-    if (run->outcome() == OperationOutcome::Failed) {
-        context.terminal.error(outcomeLine(*run));
-        if (!run->wasStopped() && !run->wasCancelled())
-            printReason(context.terminal, *run);
-    } else
-        context.terminal.line(outcomeLine(*run));
-    const ExitStatus status = run->failure() ? statusFor(*run->failure()) : statusFor(run->outcome());
-    co_return status;
-}
 
 QList<PackageTarget> targets(const CommandArguments &arguments) {
     QList<PackageTarget> packages;
@@ -99,12 +30,12 @@ class InstallCommand final : public Command {
                 .mostNames = -1};
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        co_return co_await perform(context,
-                                   {.kind = OperationKind::Install,
-                                    .packages = targets(arguments),
-                                    .adopt = arguments.has("--adopt"),
-                                    .force = arguments.has("--force")},
-                                   true);
+        co_return co_await runOperation(context,
+                                        {.kind = OperationKind::Install,
+                                         .packages = targets(arguments),
+                                         .adopt = arguments.has("--adopt"),
+                                         .force = arguments.has("--force")},
+                                        true);
     }
 };
 
@@ -125,8 +56,8 @@ class PlainCommand final : public Command {
                 .mostNames = -1};
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        co_return co_await perform(context, {.kind = m_kind, .packages = targets(arguments)},
-                                   arguments.options.contains(yes));
+        co_return co_await runOperation(context, {.kind = m_kind, .packages = targets(arguments)},
+                                        arguments.options.contains(yes));
     }
 
   private:
@@ -159,7 +90,7 @@ class UpgradeCommand final : public Command {
         }
         OperationRequest wanted = request(*outdated, arguments);
         co_await addInstalledVersions(&wanted, context);
-        co_return co_await perform(context, wanted, arguments.options.contains(yes));
+        co_return co_await runOperation(context, wanted, arguments.options.contains(yes));
     }
 
   private:

@@ -98,6 +98,13 @@ Task<Result<BrewSession>> BrewService::beginOperation(OperationContext context) 
     co_return BrewSession(this, std::move(*permit));
 }
 
+Task<std::optional<BrewSession>> BrewService::tryBeginOperation() {
+    auto permit = co_await m_lock.tryAcquire();
+    if (!permit)
+        co_return std::nullopt;
+    co_return std::optional<BrewSession>(BrewSession(this, std::move(*permit)));
+}
+
 Task<Result<BrewRun>> BrewSession::stream(BrewCommand command, OperationContext context, Style style) {
     const auto watch = std::make_shared<StreamWatch>(context.output);
     ShellCommand shape;

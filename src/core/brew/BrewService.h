@@ -78,6 +78,9 @@ class BrewService : public QObject {
     /// until the session is destroyed. Fails if stop is requested first.
     Task<Result<BrewSession>> beginOperation(OperationContext context);
 
+    /// The same without waiting: nothing if somebody holds the lock.
+    Task<std::optional<BrewSession>> tryBeginOperation();
+
     bool isBrewOperationRunning() const { return m_lock.isHeld(); }
 
   private:

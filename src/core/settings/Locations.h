@@ -19,6 +19,8 @@ struct Locations {
     QStringList applicationFolders;
     /// Whether services outside this machine may be asked.
     bool asksTheNet = true;
+    /// Program and options that copy a folder with everything that belongs to it.
+    QStringList copyTool = {};
     /// An owner-only folder that lives in memory; empty where the system has none.
     QString memoryFolder = {};
     /// Added to the window title; empty for the person's own Homebrew.
@@ -29,6 +31,9 @@ struct Locations {
     QString askpassScript() const { return dataFolder + QStringLiteral("/larkspur-askpass.sh"); }
     QString askpassSecret() const { return dataFolder + QStringLiteral("/.askpass-secret"); }
     QString movedAsideNote() const { return dataFolder + QStringLiteral("/moved-aside.json"); }
+    QString preservedKegs() const { return dataFolder + QStringLiteral("/PreservedKegs"); }
+    QString snapshots() const { return dataFolder + QStringLiteral("/Snapshots"); }
+    QString rollbackNote() const { return dataFolder + QStringLiteral("/rollback.json"); }
     QString operationLock() const { return dataFolder + QStringLiteral("/operation.lock"); }
 };
 

@@ -21,6 +21,12 @@ QStringList Preferences::strings(const QString &key) const {
     return value.canConvert<QStringList>() ? value.toStringList() : QStringList();
 }
 
+qint64 Preferences::integer(const QString &key, qint64 fallback) const {
+    bool isNumber = false;
+    const qint64 number = m_store->value(key).toLongLong(&isNumber);
+    return isNumber ? number : fallback;
+}
+
 QByteArray Preferences::bytes(const QString &key) const {
     return m_store->value(key).toByteArray();
 }

@@ -279,6 +279,10 @@ Task<Result<QStringList>> InventoryQueries::searchKind(QString kind, QString tex
     co_return names;
 }
 
+Task<Result<QStringList>> InventoryQueries::tapNames(StopToken stop) {
+    co_return co_await askForNames({QStringLiteral("tap")}, std::move(stop), Cost::Quick);
+}
+
 Task<Result<QStringList>> InventoryQueries::dependents(QString name, StopToken stop) {
     co_return co_await askForNames({QStringLiteral("uses"), QStringLiteral("--installed"), std::move(name)},
                                    std::move(stop));

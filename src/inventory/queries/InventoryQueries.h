@@ -42,6 +42,7 @@ class InventoryQueries {
     /// One of them by name; a name that is not in the list is a failure of its own kind.
     Task<Result<BrewServiceInfo>> service(QString name, StopToken stop = {});
     Task<Result<QList<TapInfo>>> taps(StopToken stop = {});
+    Task<Result<QStringList>> tapNames(StopToken stop = {});
     /// Fails where this Homebrew has no such command: the trust state is then unknown.
     Task<Result<TrustState>> trust(StopToken stop = {});
     /// Full names of everything installed, packages of untrusted taps included.

@@ -2,8 +2,11 @@
 
 #include "core/brew/PackageName.h"
 
+#include <QCollator>
 #include <QDir>
 #include <QFileInfo>
+
+#include <algorithm>
 
 namespace larkspur {
 
@@ -26,6 +29,12 @@ QStringList linksIn(const QString &path) {
     return QDir(path).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort);
 }
 
+QString newest(const QStringList &versions) {
+    QCollator order{QLocale(QLocale::English)};
+    order.setNumericMode(true);
+    return versions.isEmpty() ? QString() : *std::ranges::max_element(versions, order);
+}
+
 } // namespace
 
 InstalledPackages InstalledPackages::at(const QString &prefix) {
@@ -35,9 +44,17 @@ InstalledPackages InstalledPackages::at(const QString &prefix) {
     const QString opt = prefix + QStringLiteral("/opt");
     for (const QString &name : linksIn(opt)) {
         const QString keg = QFileInfo(opt + QLatin1Char('/') + name).symLinkTarget();
+        if (!QFileInfo(keg).isDir())
+            continue; // leads nowhere
         if (const QString target = QFileInfo(QFileInfo(keg).path()).fileName(); target != name)
             found.m_aliases.insert(name, target);
+        else
+            found.m_opt.insert(name, QFileInfo(keg).fileName());
     }
+    const QString linked = prefix + QStringLiteral("/var/homebrew/linked");
+    for (const QString &name : linksIn(linked))
+        if (const QFileInfo keg(QFileInfo(linked + QLatin1Char('/') + name).symLinkTarget()); keg.isDir())
+            found.m_linked.insert(name, keg.fileName());
     found.m_pinnedFormulae = linksIn(prefix + QStringLiteral("/var/homebrew/pinned"));
     found.m_pinnedCasks = linksIn(prefix + QStringLiteral("/var/homebrew/pinned_casks"));
     return found;
@@ -54,6 +71,26 @@ QStringList InstalledPackages::caskVersions(const QString &token) const {
 
 bool InstalledPackages::isPinned(const QString &name, bool isCask) const {
     return (isCask ? m_pinnedCasks : m_pinnedFormulae).contains(shortName(name));
+}
+
+QString InstalledPackages::currentVersion(const QString &formula) const {
+    if (const QString linked = m_linked.value(formula, m_opt.value(formula)); !linked.isEmpty())
+        return linked;
+    return newest(formulaVersions(formula));
+}
+
+QMap<QString, QString> InstalledPackages::currentFormulae() const {
+    QMap<QString, QString> versions;
+    for (auto formula = m_formulae.cbegin(); formula != m_formulae.cend(); ++formula)
+        versions.insert(formula.key(), currentVersion(formula.key()));
+    return versions;
+}
+
+QMap<QString, QString> InstalledPackages::currentCasks() const {
+    QMap<QString, QString> versions;
+    for (auto cask = m_casks.cbegin(); cask != m_casks.cend(); ++cask)
+        versions.insert(cask.key(), newest(cask.value()));
+    return versions;
 }
 
 QStringList InstalledPackages::formulaeNewSince(const InstalledPackages &earlier) const {

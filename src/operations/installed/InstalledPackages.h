@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QHash>
+#include <QMap>
 #include <QString>
 #include <QStringList>
 
@@ -20,12 +21,24 @@ class InstalledPackages {
     }
     bool isPinned(const QString &name, bool isCask) const;
 
+    /// Whether a formula's links lead to one of its kegs: opt link, and for one that is not keg-only the
+    /// record.
+    bool isLinked(const QString &name) const { return m_linked.contains(name); }
+    QStringList linkedFormulae() const { return m_linked.keys(); }
+    bool hasOptLink(const QString &name) const { return m_opt.contains(name); }
+    /// Every formula with the version in use: the one that is linked, else the newest. Sorted by name.
+    QMap<QString, QString> currentFormulae() const;
+    QMap<QString, QString> currentCasks() const;
+    QString currentVersion(const QString &formula) const;
+
     /// Short names of the formulae that have a version which `earlier` had not.
     QStringList formulaeNewSince(const InstalledPackages &earlier) const;
 
   private:
     QHash<QString, QStringList> m_formulae;
     QHash<QString, QString> m_aliases; ///< name of a link in opt to the short name it leads to
+    QHash<QString, QString> m_opt;     ///< version that a formula's own link in opt leads to
+    QHash<QString, QString> m_linked;  ///< version that a formula's link record leads to
     QHash<QString, QStringList> m_casks;
     QStringList m_pinnedFormulae;
     QStringList m_pinnedCasks;

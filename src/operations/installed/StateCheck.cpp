@@ -53,6 +53,8 @@ QString complaint(const OperationRequest &request, const PackageTarget &package,
     case OperationKind::Unpin:
         return isPinned ? QStringLiteral("is still pinned") : QString();
     case OperationKind::RestartService:
+    case OperationKind::RollBack: // looks for itself
+    case OperationKind::Restore:
         break;
     }
     return {};

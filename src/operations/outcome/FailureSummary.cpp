@@ -50,12 +50,30 @@ bool isAppManagementBlock(const QString &output) {
             output.contains(QLatin1String("Operation not permitted")));
 }
 
+namespace {
+
+/// A rollback says itself what was in its way.
+FailureSummary notRolledBack(const QStringList &output) {
+    const QString start = QStringLiteral("==> ");
+    QStringList lines;
+    for (const QString &line : output)
+        if (line.startsWith(QLatin1String("==> Could not roll back ")) ||
+            line.startsWith(QLatin1String("==> Put ")) || line.startsWith(QLatin1String("==> Restore in")))
+            lines.append(line.mid(start.size()) + QLatin1Char('.'));
+    return {lines.join(QLatin1Char('\n')), {}};
+}
+
+} // namespace
+
 FailureSummary summarizeFailure(const OperationRequest &request, const QStringList &output) {
     enum Phrase { Reverting, Refused, Password, Denied, Administrator, Licence, Eula };
     static const PhraseSet phrases{"reverting upgrade for",    "apply2files",
                                    "password is required",     "permission denied",
                                    "administrator privileges", "accept the license terms",
                                    "homebrew_accept_eula"};
+    if (request.kind == OperationKind::RollBack || request.kind == OperationKind::Restore)
+        if (FailureSummary summary = notRolledBack(output); !summary.text.isEmpty())
+            return summary;
     PhraseSet::Found found = 0;
     for (const QString &line : output)
         found |= phrases.in(line);

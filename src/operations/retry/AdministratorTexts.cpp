@@ -19,6 +19,8 @@ QString passwordReason(const OperationRequest &request, const PackageTarget &pac
     case OperationKind::Pin:
     case OperationKind::Unpin:
     case OperationKind::RestartService:
+    case OperationKind::RollBack:
+    case OperationKind::Restore:
         break;
     }
     return start + operationVerb(request.kind).toLower() + end;

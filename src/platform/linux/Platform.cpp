@@ -40,6 +40,7 @@ Platform makePlatform() {
                            QStringLiteral("/home/linuxbrew/.linuxbrew/bin/brew")},
         .applicationFolders = {QDir::homePath() + QStringLiteral("/.config/apps"),
                                QStringLiteral("/Applications")},
+        .copyTool = {QStringLiteral("/bin/cp"), QStringLiteral("-a"), QStringLiteral("--reflink=auto")},
         .memoryFolder = runtimeFolder(),
     };
 }

@@ -22,6 +22,7 @@ Platform makePlatform() {
                            QStringLiteral("/opt/workbrew/bin/brew")},
         .applicationFolders = {QStringLiteral("/Applications"),
                                QDir::homePath() + QStringLiteral("/Applications")},
+        .copyTool = {QStringLiteral("/usr/bin/ditto")},
     };
 }
 

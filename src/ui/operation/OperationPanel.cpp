@@ -186,7 +186,7 @@ void OperationPanel::updateRunning() {
 void OperationPanel::updateFinished() {
     m_picture->setPixmap(icon(outcomeIcon(*m_run)).pixmap(QSize(22, 22)));
     const bool hasFailed = m_run->outcome() == OperationOutcome::Failed;
-    m_terminal->setVisible(hasFailed && !m_run->wasStopped());
+    m_terminal->setVisible(hasFailed && !m_run->wasStopped() && !commandForTerminal().isEmpty());
     const QStringList services = m_run->report().servicesToRestart;
     m_restart->setVisible(!services.isEmpty());
     m_restart->setText(services.size() == 1 ? tr("Restart %1").arg(services.first())

@@ -1,0 +1,80 @@
+#include "cli/OperationRunner.h"
+
+#include "app/Larkspur.h"
+#include "cli/LiveOutput.h"
+#include "cli/OperationQuestion.h"
+#include "cli/PasswordPrompt.h"
+#include "operations/outcome/FailureSummary.h"
+
+namespace larkspur::cli {
+
+namespace {
+
+QString outcomeLine(const OperationRun &run) {
+    if (run.wasCancelled())
+        return QStringLiteral("Cancelled: %1.").arg(run.title());
+    if (run.wasStopped())
+        return QStringLiteral("Stopped: %1. The operation may be incomplete.").arg(run.title());
+    switch (run.outcome()) {
+    case OperationOutcome::Succeeded:
+        return QStringLiteral("Done: %1.").arg(run.title());
+    case OperationOutcome::CompletedWithWarnings:
+        return QStringLiteral("Completed with warnings: %1.").arg(run.title());
+    case OperationOutcome::Running:
+    case OperationOutcome::Failed:
+        break;
+    }
+    return QStringLiteral("Failed: %1.").arg(run.title());
+}
+
+/// What the output of a failed operation comes down to, and what to do about it.
+void printReason(const Terminal &terminal, const OperationRun &run) {
+    const FailureSummary summary = summarizeFailure(run.request(), run.transcript().lines());
+    for (const QString &text : {summary.text, summary.suggestion, summary.commandToCopy})
+        if (!text.isEmpty())
+            terminal.error(text);
+}
+
+} // namespace
+
+Task<ExitStatus> runOperation(CommandContext context, OperationRequest request, bool isAgreed) {
+    if (!co_await mayProceed(context, request, isAgreed)) {
+        context.terminal.error(QStringLiteral("Nothing was changed."));
+        co_return ExitStatus::Failed;
+    }
+    const PasswordPrompt passwords(context.larkspur.sudoAuth(), context.terminal, context.larkspur.tasks(),
+                                   context.stop);
+    OperationCenter &center = context.larkspur.operations();
+    center.setWantsRedraws(context.terminal.isInteractive());
+    OperationRun *run = center.create(std::move(request));
+    const auto output = std::make_shared<LiveOutput>(context.terminal);
+    Completion<bool> ended;
+    QObject::connect(run, &OperationRun::outputReceived, run, [run, output](const OutputChange &change) {
+        output->receive(change);
+        output->showProgress(run->progress());
+    });
+    QObject::connect(run, &OperationRun::changed, run, [run, output] {
+        if (run->state() == OperationRun::State::AskingForPassword)
+            output->clearBar();
+        else if (run->isStopping())
+            output->showNote(QStringLiteral("Stopping; Homebrew gets a moment to clean up…"));
+        else if (run->silence() > std::chrono::seconds(0))
+            output->showNote(QStringLiteral("Nothing has come from Homebrew for %1 s; Ctrl-C stops it.")
+                                 .arg(run->silence().count()));
+    });
+    QObject::connect(run, &OperationRun::finished, run, [ended]() mutable { ended.complete(true); });
+    const std::stop_callback onStop(context.stop, [run] { run->stop(); });
+    center.start(run);
+    co_await ended;
+    output->clearBar();
+    if (run->outcome() == OperationOutcome::Failed) {
+        context.terminal.error(outcomeLine(*run));
+        if (!run->wasStopped() && !run->wasCancelled())
+            printReason(context.terminal, *run);
+    } else
+        context.terminal.line(outcomeLine(*run));
+    const ExitStatus status = run->failure() ? statusFor(*run->failure()) : statusFor(run->outcome());
+    co_return status;
+}
+
+} // namespace larkspur::cli

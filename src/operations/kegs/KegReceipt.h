@@ -1,0 +1,15 @@
+#pragma once
+
+#include <QString>
+
+#include <optional>
+
+namespace larkspur {
+
+/// The mark in a keg's receipt that tells whether the person asked for the formula; nothing without a
+/// receipt.
+std::optional<bool> installedOnRequest(const QString &keg);
+/// Sets it, if there is a receipt that says otherwise.
+void setInstalledOnRequest(const QString &keg, bool isOnRequest);
+
+} // namespace larkspur

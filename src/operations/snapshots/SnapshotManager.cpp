@@ -1,0 +1,140 @@
+#include "operations/snapshots/SnapshotManager.h"
+
+#include "core/async/Worker.h"
+#include "core/log/Logger.h"
+#include "core/settings/Preferences.h"
+#include "inventory/queries/InventoryQueries.h"
+#include "operations/installed/InstalledPackages.h"
+
+#include <algorithm>
+
+namespace larkspur {
+
+namespace {
+
+Snapshot snapshotOf(const InstalledPackages &installed, QStringList taps) {
+    Snapshot snapshot;
+    snapshot.id = QUuid::createUuid();
+    snapshot.date = QDateTime::currentDateTimeUtc();
+    // As precise as the file: what is written reads back unchanged.
+    snapshot.date = QDateTime::fromMSecsSinceEpoch(snapshot.date.toMSecsSinceEpoch(), Qt::UTC);
+    const QMap<QString, QString> formulae = installed.currentFormulae();
+    for (auto formula = formulae.cbegin(); formula != formulae.cend(); ++formula)
+        snapshot.formulae.append({formula.key(), formula.value(), false});
+    const QMap<QString, QString> casks = installed.currentCasks();
+    for (auto cask = casks.cbegin(); cask != casks.cend(); ++cask)
+        snapshot.casks.append({cask.key(), cask.value(), true});
+    snapshot.taps = std::move(taps);
+    return snapshot;
+}
+
+} // namespace
+
+SnapshotManager::SnapshotManager(Parts parts)
+    : m_parts(std::move(parts))
+    , m_files(m_parts.folder) {}
+
+Task<> SnapshotManager::load() {
+    m_contents = co_await runInWorker([files = m_files] { return files.load(); });
+    m_hasLoaded = true;
+    Q_EMIT changed();
+}
+
+const Snapshot *SnapshotManager::find(const QUuid &id) const {
+    const auto found = std::ranges::find(m_contents.snapshots, id, &Snapshot::id);
+    return found == m_contents.snapshots.end() ? nullptr : &*found;
+}
+
+const Snapshot *SnapshotManager::find(const QString &idBeginning) const {
+    const Snapshot *found = nullptr;
+    for (const Snapshot &snapshot : m_contents.snapshots) {
+        if (!snapshot.id.toString(QUuid::WithoutBraces).startsWith(idBeginning, Qt::CaseInsensitive))
+            continue;
+        if (found)
+            return nullptr;
+        found = &snapshot;
+    }
+    return idBeginning.isEmpty() ? nullptr : found;
+}
+
+Task<std::expected<Snapshot, QString>> SnapshotManager::current(StopToken stop) {
+    const auto prefix = co_await m_parts.queries.homebrewPrefix(stop);
+    if (!prefix)
+        co_return std::unexpected(prefix.error().description());
+    const auto taps = co_await m_parts.queries.tapNames(stop);
+    if (!taps)
+        co_return std::unexpected(taps.error().description());
+    const auto installed = co_await runInWorker([path = *prefix] { return InstalledPackages::at(path); });
+    co_return snapshotOf(installed, *taps);
+}
+
+Task<std::expected<Snapshot, QString>> SnapshotManager::take(SnapshotTrigger trigger,
+                                                             std::optional<QString> note, StopToken stop) {
+    auto snapshot = co_await current(std::move(stop));
+    if (!snapshot)
+        co_return std::unexpected(snapshot.error());
+    snapshot->trigger = trigger;
+    snapshot->note = std::move(note);
+    co_return co_await keep(std::move(*snapshot));
+}
+
+Task<std::expected<Snapshot, QString>>
+SnapshotManager::take(SnapshotTrigger trigger, const InstalledPackages *installed, StopToken stop) {
+    const auto taps = co_await m_parts.queries.tapNames(std::move(stop));
+    if (!taps)
+        co_return std::unexpected(taps.error().description());
+    Snapshot snapshot = snapshotOf(*installed, *taps);
+    snapshot.trigger = trigger;
+    co_return co_await keep(std::move(snapshot));
+}
+
+Task<std::expected<Snapshot, QString>> SnapshotManager::keep(Snapshot snapshot) {
+    if (!m_hasLoaded)
+        co_await load(); // or the limit would count the new one alone
+    const auto written = co_await runInWorker([files = m_files, snapshot] { return files.write(snapshot); });
+    if (!written)
+        co_return std::unexpected(written.error());
+    m_contents.snapshots.prepend(snapshot);
+    applyRetention();
+    Q_EMIT changed();
+    co_return Snapshot(snapshot);
+}
+
+void SnapshotManager::applyRetention() {
+    const qint64 limit = m_parts.preferences.integer(keys::snapshotRetentionLimit, defaultRetention);
+    while (limit > 0 && m_contents.snapshots.size() > limit) {
+        if (!m_files.remove(m_contents.snapshots.last().id))
+            m_parts.logger.warn(QStringLiteral("[Larkspur] An old restore point could not be removed"));
+        m_contents.snapshots.removeLast();
+    }
+}
+
+bool SnapshotManager::setNote(const QUuid &id, const QString &note) {
+    const auto found = std::ranges::find(m_contents.snapshots, id, &Snapshot::id);
+    if (found == m_contents.snapshots.end())
+        return false;
+    Snapshot noted = *found;
+    noted.note = note.isEmpty() ? std::nullopt : std::optional(note);
+    if (!m_files.write(noted))
+        return false;
+    *found = noted;
+    Q_EMIT changed();
+    return true;
+}
+
+bool SnapshotManager::remove(const QUuid &id) {
+    if (!m_files.remove(id))
+        return false;
+    m_contents.snapshots.removeIf([&id](const Snapshot &snapshot) { return snapshot.id == id; });
+    Q_EMIT changed();
+    return true;
+}
+
+bool SnapshotManager::removeAll() {
+    bool areGone = true;
+    for (const Snapshot &snapshot : QList<Snapshot>(m_contents.snapshots))
+        areGone = remove(snapshot.id) && areGone;
+    return areGone;
+}
+
+} // namespace larkspur
