@@ -40,7 +40,8 @@ class PackageOperationsTest : public QObject {
         QVERIFY(world.perform(static_cast<OperationKind>(kind), {{"x", isCask}}));
         QCOMPARE(world.changes(), QStringList{line});
         const bool downloads = !QStringList({"uninstall", "pin", "unpin"}).contains(line.section(' ', 0, 0));
-        QCOMPARE(world.shell.commands().at(1).mode, downloads ? RunMode::Terminal : RunMode::Stream);
+        QCOMPARE(world.shell.commands().at(world.shell.commandLines().indexOf(line)).mode,
+                 downloads ? RunMode::Terminal : RunMode::Stream);
     }
 
     void installFlagsAreForCasks() {

@@ -17,8 +17,8 @@ class FaultsTest : public QObject {
 
     /// A brew that behaves as `script` for upgrades and as itself for everything else.
     void misbehave(const QByteArray &script) {
-        m_program->replaceBrew("if [ \"$1\" = upgrade ]; then\n" + script + "\nfi\nexec -a " +
-                               m_program->brew().toUtf8() + " $REAL \"$@\"\n");
+        m_program->replaceBrew("if [ \"$1\" = upgrade ] && [ \"$2\" != --dry-run ]; then\n" + script +
+                               "\nfi\nexec -a " + m_program->brew().toUtf8() + " $REAL \"$@\"\n");
     }
     static bool waitForText(QProcess &process, const QByteArray &text) {
         QByteArray all;

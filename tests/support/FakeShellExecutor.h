@@ -25,6 +25,9 @@ class FakeShellExecutor final : public ShellExecutor {
     void hold(const QString &arguments);
     void release(const QString &arguments, const QByteArray &output = {}, int exitCode = 0);
 
+    /// What a program called "copy" does with its last two words, unless it was told what to answer.
+    std::function<void(const QString &, const QString &)> onCopy = {};
+
     Task<ShellResult> run(ShellCommand command) override;
 
     const QList<ShellCommand> &commands() const { return m_commands; }

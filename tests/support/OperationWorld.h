@@ -114,8 +114,9 @@ struct OperationWorld : BrewWorld {
     /// The command lines that change something.
     QStringList changes() const {
         QStringList lines = shell.commandLines();
-        lines.removeIf(
-            [](const QString &line) { return line == "--prefix" || line.startsWith("services list"); });
+        lines.removeIf([](const QString &line) {
+            return line == "--prefix" || line == "tap" || line == "services list --json";
+        });
         return lines;
     }
 };

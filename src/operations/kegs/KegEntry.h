@@ -11,12 +11,12 @@ namespace larkspur {
 
 /// One preserved keg.
 struct KegEntry {
-    QString formula;                 ///< short name: what its folder in the Cellar is called
-    QString version;                 ///< name of the keg's folder
-    qint64 bytes = 0;                ///< size of the copy on disk
-    QDateTime date;                  ///< of preservation
-    std::optional<QUuid> snapshotID; ///< restore point that was taken before the same upgrade
-    QString fullName = {};           ///< where it differs from the short one
+    QString formula;                                ///< short name: what its folder in the Cellar is called
+    QString version;                                ///< name of the keg's folder
+    qint64 bytes = 0;                               ///< size of the copy on disk
+    QDateTime date;                                 ///< of preservation
+    std::optional<QUuid> snapshotID = std::nullopt; ///< restore point that was taken before the same upgrade
+    QString fullName = {};                          ///< where it differs from the short one
 
     bool operator==(const KegEntry &) const = default;
 };

@@ -151,7 +151,8 @@ bool KegStore::needsSweep() const {
 }
 
 void KegStore::sweep() {
-    if (!m_hasIndex)
+    const bool hadIndex = m_hasIndex;
+    if (!hadIndex)
         rebuild();
     const auto folders = QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot;
     for (const QString &name : QDir(m_folder).entryList(folders)) {
@@ -161,7 +162,7 @@ void KegStore::sweep() {
             continue;
         }
         for (const QString &version : QDir(path).entryList(folders))
-            if (m_hasIndex && !entry(name, version))
+            if (hadIndex && !entry(name, version))
                 remove(name, version);
     }
     // An entry whose copy is gone promises what nobody can keep.

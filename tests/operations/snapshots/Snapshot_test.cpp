@@ -1,0 +1,63 @@
+#include "operations/snapshots/Snapshot.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+
+using namespace larkspur;
+
+class SnapshotTest : public QObject {
+    Q_OBJECT
+
+    static Snapshot sample() {
+        return {.id = QUuid("{1f2e3d4c-5b6a-4978-8c9d-0e1f2a3b4c5d}"),
+                .date = QDateTime::fromString("2026-11-01T12:34:56.789Z", Qt::ISODateWithMs),
+                .trigger = SnapshotTrigger::PreUpgrade,
+                .formulae = {{"heron", "8.1_2", false}, {"same", "1", false}, {"gone", "3", false}},
+                .casks = {{"same", "5,12", true}},
+                .taps = {"homebrew/core", "acme/tools"},
+                .note = "vor dem größten Update"};
+    }
+
+  private Q_SLOTS:
+    void whatIsWrittenReadsBack() {
+        Snapshot snapshot = sample();
+        QCOMPARE(*snapshotFromText(snapshotText(snapshot)), snapshot);
+        snapshot.note.reset();
+        snapshot.formulae.clear();
+        QCOMPARE(*snapshotFromText(snapshotText(snapshot)), snapshot);
+        QCOMPARE(QJsonDocument::fromJson(snapshotText(sample())).object().keys(),
+                 QStringList({"casks", "date", "formulae", "id", "note", "taps", "trigger"}));
+    }
+
+    void theFutureReadsAndGarbageDoesNot() {
+        QByteArray text = snapshotText(sample());
+        text.replace("\"trigger\"", "\"machine\": {\"a\": [1]}, \"trigger\"");
+        QCOMPARE(*snapshotFromText(text), sample());
+        QVERIFY(!snapshotFromText(QByteArray(text).replace("preUpgrade", "tomorrow")));
+        QVERIFY(!snapshotFromText(QByteArray(text).replace("\"version\"", "\"verse\"")));
+        QVERIFY(!snapshotFromText(text.chopped(20)));
+        QVERIFY(!snapshotFromText("[]"));
+    }
+
+    void comparing() {
+        const Snapshot older = sample();
+        Snapshot newer = older;
+        newer.casks[0].version = "6";
+        const SnapshotDiff onlyCask = compareSnapshots(older, newer);
+        QCOMPARE(onlyCask.changed, (QList<SnapshotVersionChange>{{{"same", "5,12", true}, "6"}}));
+        QVERIFY(onlyCask.removed.isEmpty() && onlyCask.added.isEmpty());
+        newer = older;
+        newer.formulae.removeLast();
+        newer.formulae.append({"new", "1", false});
+        newer.casks.append({"heron", "1", true}); // a cask of a formula's name
+        const SnapshotDiff diff = compareSnapshots(older, newer);
+        QCOMPARE(diff.removed, (QList<SnapshotEntry>{{"gone", "3", false}}));
+        QCOMPARE(diff.added, (QList<SnapshotEntry>{{"new", "1", false}, {"heron", "1", true}}));
+        QVERIFY(diff.changed.isEmpty());
+        QVERIFY(compareSnapshots(older, older).isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(SnapshotTest)
+#include "Snapshot_test.moc"
