@@ -52,7 +52,7 @@ MainWindow::MainWindow(Larkspur &larkspur)
     , m_sidebar(new Sidebar)
     , m_brewVersion(new QLabel)
     , m_screenStack(new QStackedWidget)
-    , m_operationPanel(new OperationPanel(larkspur.operations())) {
+    , m_operationPanel(new OperationPanel(larkspur.operations(), larkspur.kegs())) {
     new PasswordSheet(larkspur.sudoAuth(), this); // opens by itself
     setWindowTitle(QStringLiteral("Larkspur") + larkspur.locations().titleSuffix);
     setWindowIcon(QIcon(QStringLiteral(":/larkspur.svg")));
@@ -234,8 +234,8 @@ void MainWindow::showPackage(const PackageId &id) {
 }
 
 void MainWindow::showSettings() {
-    auto *dialog =
-        new SettingsDialog({m_larkspur.preferences(), m_larkspur.storedPassword(), m_larkspur.tasks()}, this);
+    auto *dialog = new SettingsDialog(
+        {m_larkspur.preferences(), m_larkspur.storedPassword(), m_larkspur.kegs(), m_larkspur.tasks()}, this);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     connect(dialog, &QDialog::finished, this, [this] {
         if (!m_isReady)

@@ -6,6 +6,7 @@
 #include "ui/screens/ServicesScreen.h"
 #include "ui/screens/TapsScreen.h"
 #include "ui/screens/UpdatesScreen.h"
+#include "ui/timemachine/TimeMachineScreen.h"
 
 #include <QCoreApplication>
 
@@ -18,7 +19,8 @@ QString tr(const char *text) {
 }
 
 PackageActions::Services actionServices(Larkspur &larkspur) {
-    return {larkspur.operations(), larkspur.planner(), larkspur.preferences(), larkspur.tasks()};
+    return {larkspur.operations(), larkspur.planner(), larkspur.kegs(), larkspur.preferences(),
+            larkspur.tasks()};
 }
 
 Screen *makeInstalled(Larkspur &larkspur, InstalledKind kind) {
@@ -90,6 +92,17 @@ QList<ScreenEntry> makeRegistry() {
          .count = [](const Inventory &inventory) { return inventory.taps.size(); },
          .make = [](Larkspur &larkspur) -> Screen * {
              return new TapsScreen(larkspur.inventory(), larkspur.preferences());
+         }},
+        {.id = QStringLiteral("timemachine"),
+         .group = tr("System"),
+         .title = tr("Time Machine"),
+         .icon = QStringLiteral("timemachine"),
+         .shortcut = QKeySequence(QStringLiteral("Ctrl+8")),
+         .inSimpleMode = true,
+         .count = {},
+         .make = [](Larkspur &larkspur) -> Screen * {
+             return new TimeMachineScreen(
+                 {larkspur.snapshots(), larkspur.kegs(), larkspur.operations(), larkspur.tasks()});
          }},
     };
 }

@@ -10,6 +10,8 @@
 #include <QComboBox>
 #include <QDir>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QTabWidget>
 #include <QTableView>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -98,7 +100,8 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
         {QStringLiteral("settings"), 300,
          [&] {
              auto *dialog = new ui::SettingsDialog(
-                 {larkspur.preferences(), larkspur.storedPassword(), larkspur.tasks()}, &window);
+                 {larkspur.preferences(), larkspur.storedPassword(), larkspur.kegs(), larkspur.tasks()},
+                 &window);
              dialog->setAttribute(Qt::WA_DeleteOnClose);
              dialog->show();
          }},
@@ -128,6 +131,13 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
              larkspur.operations().start(
                  {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("meadowdb"), false}}});
          }},
+        {QStringLiteral("time-machine"), 1500, [&] { window.showScreen(QStringLiteral("timemachine")); }},
+        {QStringLiteral("time-machine-restore"), 1200,
+         [&] {
+             for (auto *button : window.findChildren<QPushButton *>())
+                 if (button->isVisible() && button->text() == QStringLiteral("Restore…"))
+                     button->click();
+         }},
         {QStringLiteral("rolled-back"), 5000,
          [&] {
              larkspur.operations().start(
@@ -137,6 +147,21 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
          [&] {
              larkspur.operations().start(
                  {.kind = OperationKind::Install, .packages = {{QStringLiteral("toadflax-odbc"), false}}});
+         }},
+        {QStringLiteral("settings-time-machine"), 500,
+         [&] {
+             auto *dialog = new ui::SettingsDialog(
+                 {larkspur.preferences(), larkspur.storedPassword(), larkspur.kegs(), larkspur.tasks()},
+                 &window);
+             dialog->setAttribute(Qt::WA_DeleteOnClose);
+             dialog->findChild<QTabWidget *>()->setCurrentIndex(2);
+             dialog->show();
+         }},
+        {QStringLiteral("rollback"), 4000,
+         [&] {
+             larkspur.operations().start({.kind = OperationKind::RollBack,
+                                          .packages = {{.name = QStringLiteral("meadowdb"),
+                                                        .latestVersion = QStringLiteral("7.0.3")}}});
          }},
         {QStringLiteral("upgrade"), 3500,
          [&] {

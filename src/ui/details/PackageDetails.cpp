@@ -166,6 +166,10 @@ void PackageDetails::addButtons() {
     if (!package.newVersion.isEmpty())
         add(QStringLiteral("upgrade"), tr("Upgrade"),
             [this, package] { m_actions.upgrade({package}, this); });
+    for (const QString &version : m_actions.rollbackVersions(package).first(
+             std::min<qsizetype>(1, m_actions.rollbackVersions(package).size())))
+        add(QStringLiteral("timemachine"), tr("Roll Back to %1…").arg(version),
+            [this, package, version] { m_actions.rollBack(package, version, this); });
     if (package.installed)
         add(QStringLiteral("uninstall"), tr("Uninstall…"),
             [this, package] { m_actions.uninstall({package}, window()); });

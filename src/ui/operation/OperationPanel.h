@@ -1,5 +1,7 @@
 #pragma once
 
+#include "operations/OperationRequest.h"
+
 #include <QFrame>
 #include <QTimer>
 
@@ -9,6 +11,7 @@ class QPushButton;
 class QToolButton;
 
 namespace larkspur {
+class KegPreservationManager;
 class OperationCenter;
 class OperationRun;
 } // namespace larkspur
@@ -22,7 +25,7 @@ class OutputView;
 class OperationPanel : public QFrame {
     Q_OBJECT
   public:
-    explicit OperationPanel(OperationCenter &operations, QWidget *parent = nullptr);
+    OperationPanel(OperationCenter &operations, KegPreservationManager &kegs, QWidget *parent = nullptr);
 
     void setOutputVisible(bool visible);
     bool isOutputVisible() const;
@@ -34,9 +37,12 @@ class OperationPanel : public QFrame {
     void updateFinished();
     void showFailure();
     void restartServices();
+    void offerWhatFollows();
+    QList<PackageTarget> rollbackTargets() const;
     QString commandForTerminal() const;
 
     OperationCenter &m_operations;
+    KegPreservationManager &m_kegs;
     OperationRun *m_run = nullptr;
     QLabel *m_picture;
     QLabel *m_title;
@@ -46,6 +52,8 @@ class OperationPanel : public QFrame {
     QToolButton *m_toggle;
     QToolButton *m_dismiss;
     QPushButton *m_restart;  ///< services that still run old files
+    QPushButton *m_hold;     ///< keep what was rolled back
+    QPushButton *m_rollBack; ///< what a failed upgrade has changed
     QPushButton *m_terminal; ///< run it, or what it needs, in a terminal
     QLabel *m_summary;       ///< of a failed operation
     OutputView *m_output;

@@ -103,6 +103,11 @@ PlanSheet::~PlanSheet() {
 }
 
 void PlanSheet::show(const OperationPlan &plan) {
+    if (m_request.isUpgrade() && plan.failure.isEmpty()) {
+        m_request.replacedFormulae = QStringList();
+        for (const PlannedChange &change : plan.changes)
+            m_request.replacedFormulae->append(change.name);
+    }
     const bool isRemoval = m_request.kind == OperationKind::Uninstall;
     for (const PlannedChange &change : plan.changes)
         m_changes->addTopLevelItem(new QTreeWidgetItem(

@@ -31,6 +31,9 @@ class PlanSheet : public QDialog {
     PlanSheet(Services services, OperationRequest request, QWidget *parent = nullptr);
     ~PlanSheet() override;
 
+    /// The request, with what Homebrew has told about it.
+    const OperationRequest &request() const { return m_request; }
+
   private:
     void show(const OperationPlan &plan);
     void addRemarks(const OperationPlan &plan);

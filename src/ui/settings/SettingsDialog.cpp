@@ -2,6 +2,7 @@
 
 #include "core/settings/Preferences.h"
 #include "ui/authorization/TouchIDSetting.h"
+#include "ui/settings/KegSettings.h"
 #include "ui/widgets/HelpLabel.h"
 
 #include <QCheckBox>
@@ -52,6 +53,8 @@ SettingsDialog::SettingsDialog(Services services, QWidget *parent)
     pages->addTab(page({generalSettings()}), tr("General"));
     pages->addTab(page({upgradeSettings(), new TouchIDSetting(services.storedPassword, services.tasks)}),
                   tr("Upgrades"));
+    pages->addTab(page({new KegSettings({services.preferences, services.kegs, services.tasks})}),
+                  tr("Time Machine"));
     auto *buttons = new QDialogButtonBox(QDialogButtonBox::Close);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::close);
     auto *layout = new QVBoxLayout(this);

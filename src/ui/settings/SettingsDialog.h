@@ -5,6 +5,7 @@
 class QFormLayout;
 
 namespace larkspur {
+class KegPreservationManager;
 class Preferences;
 class StoredPassword;
 class TaskScope;
@@ -19,6 +20,7 @@ class SettingsDialog : public QDialog {
     struct Services {
         Preferences &preferences;
         StoredPassword &storedPassword;
+        KegPreservationManager &kegs;
         TaskScope &tasks;
     };
 

@@ -2,12 +2,15 @@
 
 #include "core/settings/Preferences.h"
 #include "operations/OperationCenter.h"
+#include "operations/kegs/KegPreservationManager.h"
 #include "ui/operation/PlanSheet.h"
 #include "ui/theme/Icons.h"
 
 #include <QApplication>
 #include <QClipboard>
 #include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
 
 #include <algorithm>
 
@@ -51,7 +54,8 @@ void PackageActions::startAfterPlan(const OperationRequest &request, QWidget *wi
     auto *sheet = new PlanSheet({m_services.planner, m_services.preferences, m_services.tasks}, request,
                                 window->window());
     sheet->setAttribute(Qt::WA_DeleteOnClose);
-    connect(sheet, &QDialog::accepted, this, [this, request] { m_services.operations.start(request); });
+    connect(sheet, &QDialog::accepted, this,
+            [this, sheet] { m_services.operations.start(sheet->request()); });
     sheet->open();
 }
 
@@ -82,6 +86,36 @@ void PackageActions::setPinned(const QList<PackageRow> &rows, bool pinned) {
         m_services.operations.start(request(pinned ? OperationKind::Pin : OperationKind::Unpin, rows));
 }
 
+QStringList PackageActions::rollbackVersions(const PackageRow &row) const {
+    QStringList versions;
+    if (!row.id.isCask && m_services.kegs.isLocationAvailable())
+        for (const KegEntry &entry : m_services.kegs.entriesFor(row.id.name))
+            if (entry.version != row.version)
+                versions.prepend(entry.version);
+    return versions;
+}
+
+void PackageActions::rollBack(const PackageRow &row, const QString &version, QWidget *window) {
+    auto *question = new QMessageBox(QMessageBox::Question, tr("Roll Back"),
+                                     tr("Roll %1 back to %2?").arg(row.title, version), QMessageBox::Cancel,
+                                     window->window());
+    question->setAttribute(Qt::WA_DeleteOnClose);
+    question->setInformativeText(
+        tr("Restores the exact files Larkspur saved before the upgrade — no rebuild, no download. The next "
+           "upgrade undoes this, unless %1 is pinned.")
+            .arg(row.title));
+    const QAbstractButton *yes = question->addButton(tr("Roll Back"), QMessageBox::AcceptRole);
+    PackageTarget formula = row.target();
+    formula.latestVersion = version;
+    connect(question, &QMessageBox::buttonClicked, this,
+            [this, question, yes, formula](QAbstractButton *clicked) {
+                if (clicked == yes)
+                    m_services.operations.start({.kind = OperationKind::RollBack, .packages = {formula}});
+                question->close();
+            });
+    question->open();
+}
+
 void PackageActions::uninstall(const QList<PackageRow> &rows, QWidget *window) {
     if (!rows.isEmpty())
         startAfterPlan(request(OperationKind::Uninstall, rows), window);
@@ -102,6 +136,11 @@ void PackageActions::fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidge
         const auto free = those(installed, [](const PackageRow &row) { return !row.pinned; });
         menu->addAction(icon(QStringLiteral("refresh")), counted(tr("Reinstall"), installed), this,
                         [this, installed] { reinstall(installed); });
+        if (rows.size() == 1)
+            for (const QString &version : rollbackVersions(rows.first()))
+                menu->addAction(
+                    icon(QStringLiteral("timemachine")), tr("Roll Back to %1…").arg(version), this,
+                    [this, row = rows.first(), version, window] { rollBack(row, version, window); });
         if (!free.isEmpty())
             menu->addAction(icon(QStringLiteral("pinned")), counted(tr("Pin"), free), this,
                             [this, free] { setPinned(free, true); });

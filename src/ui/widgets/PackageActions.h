@@ -8,6 +8,7 @@ class QMenu;
 class QWidget;
 
 namespace larkspur {
+class KegPreservationManager;
 class OperationCenter;
 class OperationPlanner;
 class Preferences;
@@ -25,6 +26,7 @@ class PackageActions : public QObject {
     struct Services {
         OperationCenter &operations;
         OperationPlanner &planner;
+        KegPreservationManager &kegs;
         Preferences &preferences;
         TaskScope &tasks;
     };
@@ -38,6 +40,10 @@ class PackageActions : public QObject {
     void reinstall(const QList<PackageRow> &rows);
     void setPinned(const QList<PackageRow> &rows, bool pinned);
     void uninstall(const QList<PackageRow> &rows, QWidget *window);
+
+    /// Versions other than the installed one to which a formula can be put back, newest copy first.
+    QStringList rollbackVersions(const PackageRow &row) const;
+    void rollBack(const PackageRow &row, const QString &version, QWidget *window);
 
     /// Fills a menu with what fits all or some of the rows.
     void fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidget *window);

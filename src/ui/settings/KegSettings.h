@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QWidget>
+
+class QCheckBox;
+class QLabel;
+class QLineEdit;
+class QSpinBox;
+class QTreeWidget;
+
+namespace larkspur {
+class KegPreservationManager;
+class Preferences;
+class TaskScope;
+} // namespace larkspur
+
+namespace larkspur::ui {
+
+/// Restore points and preserved kegs: how many, how much space, and where.
+class KegSettings : public QWidget {
+    Q_OBJECT
+  public:
+    struct Services {
+        Preferences &preferences;
+        KegPreservationManager &kegs;
+        TaskScope &tasks;
+    };
+    explicit KegSettings(Services services, QWidget *parent = nullptr);
+
+  private:
+    QWidget *makeLocation();
+    QWidget *makeCopies();
+    void chooseLocation();
+    void update();
+    void removeSelected();
+
+    Services m_services;
+    QLineEdit *m_location;
+    QLabel *m_away;
+    QLabel *m_total;
+    QTreeWidget *m_copies;
+};
+
+} // namespace larkspur::ui
