@@ -32,10 +32,7 @@ Larkspur::Larkspur(Environment environment)
               .logger = m_logger,
               .copier = m_copier,
               .defaultFolder = m_environment.locations.preservedKegs()})
-    , m_rollback({.kegs = m_kegs,
-                  .copier = m_copier,
-                  .logger = m_logger,
-                  .noteFile = m_environment.locations.rollbackNote()})
+    , m_rollback({.kegs = m_kegs, .logger = m_logger, .noteFile = m_environment.locations.rollbackNote()})
     , m_snapshots({.queries = m_queries,
                    .preferences = m_preferences,
                    .logger = m_logger,

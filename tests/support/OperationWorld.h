@@ -67,7 +67,7 @@ struct OperationWorld : BrewWorld {
     InventoryQueries queries{brew, preferences, logger};
     TreeCopier copier{shell, {"copy"}};
     KegPreservationManager kegs{{preferences, logger, copier, path("kegs")}};
-    KegRollback rollback{{kegs, copier, logger, path("rollback.json")}};
+    KegRollback rollback{{kegs, logger, path("rollback.json")}};
     SnapshotManager snapshots{{queries, preferences, logger, path("snapshots")}};
     SnapshotRestore restore{{snapshots, kegs, rollback}};
     UpgradeSafeguard safeguard{{snapshots, kegs, logger}};

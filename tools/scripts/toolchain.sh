@@ -1,9 +1,9 @@
 # Sourced by run, test and .ci/run: finds or installs what the build needs, and builds a preset.
 
 debian_packages="clang-19 clang-tidy-19 clang-format-19 lld-19 llvm-19 libclang-rt-19-dev cmake ninja-build ccache pkg-config
-    qt6-base-dev qt6-qpa-plugins qt6-svg-dev libgl-dev qcoro-qt6-dev libsimdjson-dev libplist-dev libpam0g-dev libbenchmark-dev
+    qt6-base-dev qt6-qpa-plugins qt6-svg-dev libgl-dev qcoro-qt6-dev libsimdjson-dev libplist-dev libpam0g-dev libxxhash-dev libbenchmark-dev
     fonts-dejavu-core git"
-homebrew_packages="cmake ninja ccache pkg-config qt qcoro simdjson libplist google-benchmark"
+homebrew_packages="cmake ninja ccache pkg-config qt qcoro simdjson libplist xxhash google-benchmark"
 
 install_on_debian() {
     missing=""

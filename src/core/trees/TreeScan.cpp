@@ -1,6 +1,5 @@
 #include "core/trees/TreeScan.h"
 
-#include <QCryptographicHash>
 #include <QFile>
 #include <QSet>
 
@@ -12,10 +11,15 @@
 #include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <xxhash.h>
 
 namespace larkspur {
 
 namespace {
+
+struct FreeState {
+    void operator()(XXH3_state_t *state) const { XXH3_freeState(state); }
+};
 
 struct CloseTree {
     void operator()(FTS *tree) const { ::fts_close(tree); }
@@ -26,17 +30,22 @@ QString reason(const char *path) {
                                         QString::fromLocal8Bit(std::strerror(errno)));
 }
 
-/// Hash of a file's contents; empty if it cannot be read.
-QByteArray hashOf(const char *path, QByteArray &buffer) {
+/// Hash of a file's contents; empty if it cannot be read. It guards against damage, not against malice, and
+/// must keep up with the copying of the same bytes.
+QByteArray hashOf(const char *path, QByteArray &buffer, XXH3_state_t *state) {
     const int file = ::open(path, O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (file < 0)
         return {};
-    QCryptographicHash hash(QCryptographicHash::Blake2b_160);
+    XXH3_128bits_reset(state);
     ssize_t count = 0;
     while ((count = ::read(file, buffer.data(), static_cast<std::size_t>(buffer.size()))) > 0)
-        hash.addData(QByteArrayView(buffer.constData(), count));
+        XXH3_128bits_update(state, buffer.constData(), static_cast<std::size_t>(count));
     ::close(file);
-    return count < 0 ? QByteArray() : hash.result().toHex();
+    if (count < 0)
+        return {};
+    XXH128_canonical_t digest{};
+    XXH128_canonicalFromHash(&digest, XXH3_128bits_digest(state));
+    return QByteArray(reinterpret_cast<const char *>(digest.digest), sizeof digest.digest).toHex();
 }
 
 QByteArray targetOf(const char *path, qint64 size) {
@@ -47,6 +56,9 @@ QByteArray targetOf(const char *path, qint64 size) {
 
 /// Entries of the manifest are separated by line feeds and blanks; a path may hold both.
 QByteArray quoted(const QByteArray &text) {
+    const bool isPlain = std::ranges::all_of(text, [](char c) { return c > ' ' && c < 127 && c != '%'; });
+    if (isPlain)
+        return text; // nearly every one
     return text.toPercentEncoding("/.-_+@", {}, '%');
 }
 
@@ -60,6 +72,7 @@ std::expected<TreeScan, QString> TreeScan::of(const QString &folder, Depth depth
         return std::unexpected(reason(root.constData()));
     TreeScan scan;
     QSet<std::pair<quint64, quint64>> seen;
+    const std::unique_ptr<XXH3_state_t, FreeState> state(XXH3_createState());
     QByteArray buffer(depth == Depth::Contents ? 256 * 1024 : 0, '\0');
     while (const FTSENT *node = ::fts_read(tree.get())) {
         if (node->fts_info == FTS_DNR || node->fts_info == FTS_ERR || node->fts_info == FTS_NS) {
@@ -79,7 +92,7 @@ std::expected<TreeScan, QString> TreeScan::of(const QString &folder, Depth depth
             if (info.st_nlink >= 2)
                 seen.insert({info.st_dev, info.st_ino});
             if (depth == Depth::Contents) {
-                entry.contents = hashOf(node->fts_accpath, buffer);
+                entry.contents = hashOf(node->fts_accpath, buffer, state.get());
                 if (entry.contents.isEmpty())
                     return std::unexpected(reason(node->fts_path));
             }

@@ -146,6 +146,24 @@ Task<> KegPreservationManager::enforceCap(std::optional<QUuid> kept) {
     publish();
 }
 
+Task<std::expected<bool, QString>> KegPreservationManager::restoreCopy(QString formula, QString version,
+                                                                       QString to, StopToken stop) {
+    const auto turn = co_await m_queue.acquire(stop);
+    if (!turn)
+        co_return std::unexpected(QStringLiteral("it was stopped"));
+    if (!canRollBack(formula, version))
+        co_return false;
+    const StorePtr source = store();
+    // Checked while it is copied; the same bytes are read by both.
+    auto checking = runInWorker([source, formula, version] { return source->isIntact(formula, version); });
+    const auto copied = co_await m_parts.copier.copy(source->copyPath(formula, version), to, stop);
+    if (!co_await checking)
+        co_return false;
+    if (!copied)
+        co_return std::unexpected(copied.error());
+    co_return true;
+}
+
 Task<bool> KegPreservationManager::verify(QString formula, QString version) {
     const auto turn = co_await m_queue.acquire({});
     co_return co_await runInWorker([target = store(), formula, version] {

@@ -59,6 +59,11 @@ class KegPreservationManager : public QObject {
     /// were made with the restore point `kept`.
     Task<> enforceCap(std::optional<QUuid> kept);
 
+    /// Copies a preserved keg to a place that does not exist yet, and makes sure that what arrives is what
+    /// was preserved, to the byte: false if the copy is damaged or missing. The error, if it could not be
+    /// copied, is one line of text; what was copied until then stays.
+    Task<std::expected<bool, QString>> restoreCopy(QString formula, QString version, QString to,
+                                                   StopToken stop = {});
     /// Whether the copy is whole, to the byte.
     Task<bool> verify(QString formula, QString version);
     Task<bool> remove(QString formula, QString version);

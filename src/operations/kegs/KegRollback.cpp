@@ -3,7 +3,6 @@
 #include "core/async/Worker.h"
 #include "core/log/Logger.h"
 #include "core/trees/TreeChanges.h"
-#include "core/trees/TreeCopier.h"
 #include "operations/installed/InstalledPackages.h"
 #include "operations/kegs/KegPreservationManager.h"
 #include "operations/kegs/KegReceipt.h"
@@ -77,12 +76,13 @@ Task<bool> KegRollback::run(Order order) {
         sayFailure(order, QStringLiteral("Homebrew prefix not found"));
         co_return false;
     }
-    const auto stored = m_parts.kegs.storedFolder(order.formula, order.version);
-    if (!stored || !co_await m_parts.kegs.verify(order.formula, order.version)) {
+    const auto sayNoCopy = [&order] {
         sayFailure(order, QStringLiteral("no preserved copy of ") + order.version);
+    };
+    if (!m_parts.kegs.canRollBack(order.formula, order.version)) {
+        sayNoCopy();
         co_return false;
     }
-    say(order.context, QStringLiteral("==> Rolling back %1 to %2").arg(order.formula, order.version));
     const RollbackNote note =
         co_await runInWorker([order] { return noteFor(order, InstalledPackages::at(order.prefix)); });
     co_await runInWorker([note] { return removeTree(note.workFolder()); });
@@ -90,16 +90,21 @@ Task<bool> KegRollback::run(Order order) {
         sayFailure(order, QStringLiteral("%1 cannot be written").arg(m_parts.noteFile));
         co_return false;
     }
-    const auto staged = co_await m_parts.copier.copy(*stored, note.staged(), order.context.stop);
+    const auto staged =
+        co_await m_parts.kegs.restoreCopy(order.formula, order.version, note.staged(), order.context.stop);
+    if (staged && !*staged) {
+        sayNoCopy();
+        finish(note);
+        co_return false;
+    }
+    say(order.context, QStringLiteral("==> Rolling back %1 to %2").arg(order.formula, order.version));
     const auto aside = co_await runInWorker([note]() -> std::expected<void, QString> {
         return note.isFirstInstallation() ? std::expected<void, QString>()
                                           : linkTree(note.rack(), note.aside());
     });
     if (!staged || !aside || order.context.stop.stop_requested()) {
-        m_parts.logger.error(QStringLiteral("[Larkspur] Rollback of %1: %2")
-                                 .arg(order.formula, staged
-                                                         ? aside ? QStringLiteral("stopped") : aside.error()
-                                                         : staged.error()));
+        const QString reason = !staged ? staged.error() : !aside ? aside.error() : QStringLiteral("stopped");
+        m_parts.logger.error(QStringLiteral("[Larkspur] Rollback of %1: %2").arg(order.formula, reason));
         sayFailure(order, QStringLiteral("failed to restore preserved files"));
         finish(note);
         co_return false;

@@ -8,7 +8,6 @@ namespace larkspur {
 class InstalledPackages;
 class KegPreservationManager;
 class Logger;
-class TreeCopier;
 
 /// Puts a formula back to a version whose keg was preserved, without a rebuild or a download. What was
 /// installed stays aside until the end and comes back if a step fails; a note lets the next start finish or
@@ -17,7 +16,6 @@ class KegRollback {
   public:
     struct Parts {
         KegPreservationManager &kegs;
-        TreeCopier &copier;
         Logger &logger;
         QString noteFile;
     };

@@ -115,6 +115,8 @@ QWidget *KegSettings::makeCopies() {
     m_copies->setMinimumHeight(130);
     m_copies->header()->setStretchLastSection(false);
     m_copies->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+    m_copies->header()->setSectionResizeMode(1, QHeaderView::ResizeToContents);
+    m_copies->header()->setSectionResizeMode(2, QHeaderView::ResizeToContents);
     auto *remove = new QPushButton(tr("Remove"));
     remove->setAccessibleName(tr("Remove the selected saved versions"));
     m_total->setForegroundRole(QPalette::PlaceholderText);

@@ -58,6 +58,10 @@ RestoreSheet::RestoreSheet(const Snapshot &snapshot, RestorePlan plan, QWidget *
         helpLabel(tr("Reinstalls packages removed since this point. Formulae with a saved copy can "
                      "optionally be rolled back to the snapshot version below.")));
     layout->addWidget(m_changes, 1);
+    if (!m_plan.notRollable.isEmpty())
+        layout->addWidget(helpLabel(
+            tr("No saved copies are available for these versions, so they can't be rolled back. Larkspur "
+               "can only roll back upgrades it performed (a keg is preserved before each upgrade).")));
     layout->addWidget(m_removeAdded);
     layout->addWidget(m_rollBack);
     layout->addWidget(
@@ -98,11 +102,7 @@ void RestoreSheet::update() {
     m_changes->addGroup(m_rollBack->isChecked() ? tr("Will be rolled back to the snapshot version")
                                                 : tr("Installed at a different version"),
                         rowsOf(m_plan.rollable));
-    m_changes->addGroup(
-        tr("No saved copies are available for these versions, so they can't be rolled back. "
-           "Larkspur can only roll back upgrades it performed (a keg is preserved before each "
-           "upgrade)."),
-        rowsOf(m_plan.notRollable));
+    m_changes->addGroup(tr("At a different version, without a saved copy"), rowsOf(m_plan.notRollable));
     m_changes->addGroup(m_removeAdded->isChecked() ? tr("Installed since the snapshot — will be uninstalled")
                                                    : tr("Installed since the snapshot — left untouched"),
                         rowsOf(m_plan.added));

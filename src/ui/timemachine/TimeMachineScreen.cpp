@@ -186,6 +186,7 @@ void TimeMachineScreen::reload() {
                          QString::number(snapshot.casks.size()), snapshot.note.value_or(QString())});
         item->setData(Date, Qt::UserRole, snapshot.id);
         item->setFlags(item->flags() | Qt::ItemIsEditable);
+        item->setSizeHint(Date, QSize(0, m_timeline->fontMetrics().height() + 12));
         if (snapshot.id == current || (current.isNull() && m_timeline->topLevelItemCount() == 1))
             m_timeline->setCurrentItem(item);
     }
