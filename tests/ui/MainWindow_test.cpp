@@ -10,6 +10,9 @@
 #include "ui/operation/PlanSheet.h"
 #include "ui/settings/SettingsDialog.h"
 #include "ui/startup/StartupScreen.h"
+#include "ui/timemachine/DiffView.h"
+#include "ui/timemachine/RestoreSheet.h"
+#include "ui/timemachine/TimeMachineScreen.h"
 #include "ui/widgets/PackageTable.h"
 
 #include <QAbstractButton>
@@ -243,6 +246,58 @@ class MainWindowTest : public QObject {
         const OperationRun *restart = world.larkspur->operations().shown();
         QVERIFY(spinUntil([&] { return !restart->isRunning(); }));
         QCOMPARE(restart->outcome(), OperationOutcome::Succeeded);
+    }
+
+    void theTimeMachineTakesComparesAndRestores() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        world.window->showScreen("timemachine");
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+        QVERIFY(world.shows("No Restore Points"));
+        QTest::mouseClick(world.button("Take Restore Point"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.shows("Restore point saved"); }));
+        const QTreeWidget *timeline = nullptr;
+        for (const auto *tree : world.visible<ui::TimeMachineScreen>()->findChildren<QTreeWidget *>())
+            if (tree->accessibleName() == "Restore points")
+                timeline = tree;
+        QTRY_COMPARE(timeline->topLevelItemCount(), 1);
+        timeline->topLevelItem(0)->setText(4, "before the removal"); // as an edit does
+        QCOMPARE(*world.larkspur->snapshots().snapshots().first().note, "before the removal");
+
+        const OperationRun *removal = world.larkspur->operations().start(
+            {.kind = OperationKind::Uninstall, .packages = {{"tidepool", true}}});
+        QVERIFY(spinUntil([&] { return !removal->isRunning() && world.larkspur->tasks().isDrained(); }));
+        auto *changes = world.visible<ui::DiffView>();
+        QCOMPARE(changes->topLevelItem(0)->text(0), "Removed since (1)");
+        QTest::mouseClick(world.button("Restore…"), Qt::LeftButton);
+        auto *sheet = world.visible<ui::RestoreSheet>();
+        QCOMPARE(sheet->findChild<ui::DiffView *>()->topLevelItem(0)->text(0),
+                 "In the snapshot but missing now (1)");
+        sheet->accept();
+        const OperationRun *restore = world.larkspur->operations().shown();
+        QVERIFY(spinUntil([&] { return !restore->isRunning() && world.larkspur->tasks().isDrained(); }));
+        QCOMPARE(restore->outcome(), OperationOutcome::Succeeded);
+        QVERIFY(QFile::exists(world.folder.filePath("Applications/Tidepool.app/Contents")));
+        QVERIFY(world.larkspur->inventory().value().cask("tidepool"));
+    }
+
+    void aRollbackIsOfferedAndCanBeHeld() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        const OperationRun *upgrade = world.larkspur->operations().start(
+            {.kind = OperationKind::Upgrade, .packages = {{"heron", false, "8.10.0", "8.11.1"}}});
+        QVERIFY(spinUntil([&] { return !upgrade->isRunning() && world.larkspur->tasks().isDrained(); }));
+        world.window->showScreen("formulae");
+        world.visible<ui::PackageTable>()->select({"heron", false});
+        QVERIFY(spinUntil([&] { return world.button("Roll Back to 8.10.0…"); }));
+        QTest::mouseClick(world.button("Roll Back to 8.10.0…"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.button("Roll Back"); }));
+        QTest::mouseClick(world.button("Roll Back"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.button("Pin heron"); }));
+        QTest::mouseClick(world.button("Pin heron"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+        QVERIFY(world.larkspur->inventory().value().pinnedPackages.contains("heron"));
+        QCOMPARE(world.larkspur->inventory().value().formula("heron")->version, "8.10.0");
     }
 
     void aFailureOpensTheOutput() {

@@ -99,7 +99,9 @@ TimeMachineScreen::TimeMachineScreen(Services services)
     connect(m_remove, &QPushButton::clicked, this, &TimeMachineScreen::removeSelected);
     connect(m_empty, &EmptyState::actionRequested, this, &TimeMachineScreen::take);
     connect(m_header->filter(), &QLineEdit::textChanged, this, &TimeMachineScreen::applyFilter);
-    connect(&services.snapshots, &SnapshotManager::changed, this, &TimeMachineScreen::reload);
+    // Queued: a note that was edited changes the list from inside the list's own signal.
+    connect(&services.snapshots, &SnapshotManager::changed, this, &TimeMachineScreen::reload,
+            Qt::QueuedConnection);
     connect(&services.operations, &OperationCenter::finished, this, [this] {
         if (isVisible())
             compareWithNow();
