@@ -1,3 +1,4 @@
+#include "operations/installed/InstalledPackages.h"
 #include "operations/snapshots/SnapshotFiles.h"
 #include "tests/support/Fixture.h"
 
@@ -44,6 +45,24 @@ struct Folder : test::Fixture {
         return folder;
     }
 };
+
+// Snapshots/take is what taking a restore point of 500 packages costs beside the query for the taps: reading
+// the prefix and writing the file. Aim: under 50 ms.
+void take(benchmark::State &state) {
+    const test::Fixture fixture;
+    for (int i = 0; i < 500; ++i)
+        QDir().mkpath(fixture.path("prefix") + QStringLiteral("/Cellar/package-%1/1.0").arg(i));
+    const SnapshotFiles files(fixture.path("snapshots"));
+    for (auto _ : state) {
+        const auto installed = InstalledPackages::at(fixture.path("prefix")).currentFormulae();
+        Snapshot taken = snapshot(0, 1);
+        for (auto formula = installed.cbegin(); formula != installed.cend(); ++formula)
+            taken.formulae.append({formula.key(), formula.value(), false});
+        if (!files.write(taken))
+            qFatal("nothing was written");
+    }
+}
+BENCHMARK(take)->Name("Snapshots/take")->Unit(benchmark::kMillisecond)->UseRealTime();
 
 void parse(benchmark::State &state) {
     const QDir folder(Folder::instance().path("snapshots"));

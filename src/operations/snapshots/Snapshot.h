@@ -25,10 +25,10 @@ struct Snapshot {
     QUuid id;
     QDateTime date;
     SnapshotTrigger trigger = SnapshotTrigger::Manual;
-    QList<SnapshotEntry> formulae;
-    QList<SnapshotEntry> casks;
-    QStringList taps;
-    std::optional<QString> note;
+    QList<SnapshotEntry> formulae = {};
+    QList<SnapshotEntry> casks = {};
+    QStringList taps = {};
+    std::optional<QString> note = std::nullopt;
 
     qsizetype packageCount() const { return formulae.size() + casks.size(); }
     bool operator==(const Snapshot &) const = default;

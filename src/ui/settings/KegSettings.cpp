@@ -169,9 +169,10 @@ void KegSettings::update() {
         formula->setExpanded(true);
     }
     m_copies->sortItems(0, Qt::AscendingOrder);
-    m_total->setText(tr("%1 saved versions take %2")
-                         .arg(m_services.kegs.entries().size())
-                         .arg(QLocale().formattedDataSize(total)));
+    const auto count = m_services.kegs.entries().size();
+    m_total->setText(
+        (count == 1 ? tr("1 saved version takes %1") : tr("%1 saved versions take %2").arg(count))
+            .arg(QLocale().formattedDataSize(total)));
 }
 
 void KegSettings::removeSelected() {
