@@ -96,6 +96,30 @@ class TimeMachineTest : public QObject {
         QVERIFY(rest.status == 0 && !rest.output.contains("foliograph"));
     }
 
+    void theCommandsAndTheirMistakes() {
+        for (const char *line : {"snapshot frob", "snapshot show zzz", "snapshot restore", "kegs frob",
+                                 "kegs remove heron", "rollback heron"})
+            QVERIFY2(run(line).status == 2, line);
+        QCOMPARE(run("snapshot take one").status, 0);
+        QCOMPARE(run("install dovetail").status, 0);
+        QCOMPARE(run("snapshot take two").status, 0);
+        const QJsonArray list = run("snapshot list --json").json().array();
+        const QString newer = list.first().toObject()["id"].toString();
+        const QString older = list.last().toObject()["id"].toString();
+        QCOMPARE(run("snapshot compare " + newer + ' ' + older).output, "+ dovetail 1.1.4\n");
+        QCOMPARE(run("snapshot compare " + newer).output, "These two snapshots have the same packages.\n");
+        QCOMPARE(run("snapshot compare " + newer + ' ' + newer).status, 2);
+        QVERIFY(run("snapshot show " + older).output.contains("one\n"));
+        QCOMPARE(run("snapshot delete " + newer.left(8)).status, 0);
+        QFile foreign(m_program->path("data/Snapshots/foreign.json"));
+        QVERIFY(foreign.open(QIODevice::WriteOnly));
+        const auto listed = run("snapshot list");
+        QCOMPARE(listed.status, 3);
+        QVERIFY(listed.output.contains(older.left(8)) && listed.errors.contains("foreign.json"));
+        QCOMPARE(run("snapshot delete --all").status, 0);
+        QCOMPARE(run("snapshot list --json").json().array().size(), 0);
+    }
+
     void aDamagedCopyIsNotUsed() {
         QCOMPARE(run("upgrade heron").status, 0);
         QFile file(m_program->path("data/PreservedKegs/heron/8.10.0/lib/heron.data"));

@@ -69,16 +69,15 @@ Task<bool> agrees(CommandContext context, QString question, bool isAgreed) {
 class SnapshotCommand final : public Command {
   public:
     CommandShape shape() const override {
-        return {
-            .name = QStringLiteral("snapshot"),
-            .synopsis = QStringLiteral("take [NOTE…] | list | show ID | compare ID [ID] | restore ID "
-                                       "[--remove-added] [--roll-back] | delete ID|--all [--yes] [--json]"),
-            .summary = QStringLiteral("Takes, shows and restores restore points. The beginning of an ID is "
-                                      "enough; compare takes what is installed now for a second one."),
-            .options = {QStringLiteral("--remove-added"), QStringLiteral("--roll-back"),
-                        QStringLiteral("--all"), QStringLiteral("--yes"), QStringLiteral("--json")},
-            .fewestNames = 1,
-            .mostNames = -1};
+        return {.name = QStringLiteral("snapshot"),
+                .synopsis =
+                    QStringLiteral("take [NOTE…] | list | show ID | compare ID [ID] | restore ID "
+                                   "[--remove-added] [--roll-back] | delete ID|--all [--yes] [--json]"),
+                .summary = QStringLiteral("Takes, shows, compares and restores restore points."),
+                .options = {QStringLiteral("--remove-added"), QStringLiteral("--roll-back"),
+                            QStringLiteral("--all"), QStringLiteral("--yes"), QStringLiteral("--json")},
+                .fewestNames = 1,
+                .mostNames = -1};
     }
 
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
@@ -90,6 +89,12 @@ class SnapshotCommand final : public Command {
             co_return list(context, arguments);
         if (verb == QLatin1String("delete") && arguments.has("--all"))
             co_return co_await removeAll(context, arguments);
+        static const QStringList others{QStringLiteral("show"), QStringLiteral("compare"),
+                                        QStringLiteral("restore"), QStringLiteral("delete")};
+        if (!others.contains(verb)) {
+            context.terminal.error(QStringLiteral("snapshot has no \"%1\"").arg(verb));
+            co_return ExitStatus::WrongUsage;
+        }
         const Snapshot *found =
             arguments.names.isEmpty() ? nullptr : context.larkspur.snapshots().find(arguments.names.first());
         if (!found) {
@@ -104,10 +109,7 @@ class SnapshotCommand final : public Command {
             co_return co_await compare(context, arguments, snapshot);
         if (verb == QLatin1String("restore"))
             co_return co_await restore(context, arguments, snapshot);
-        if (verb == QLatin1String("delete"))
-            co_return co_await removeOne(context, arguments, snapshot);
-        context.terminal.error(QStringLiteral("snapshot has no \"%1\"").arg(verb));
-        co_return ExitStatus::WrongUsage;
+        co_return co_await removeOne(context, arguments, snapshot);
     }
 
   private:
