@@ -27,8 +27,12 @@ void stall(benchmark::State &state) {
     auto environment = sampleEnvironment(folder.path(), true);
     const QString brew = folder.filePath(QStringLiteral("homebrew/bin/brew"));
     QFile::remove(brew);
+    const QString prefix = folder.filePath(QStringLiteral("homebrew"));
     test::Fixture::write(
-        brew, "#!/bin/sh\nyes 'a line of output that says nothing new' | head -c 100000000\n", true);
+        brew,
+        "#!/bin/sh\ncase \"$*\" in --prefix) echo " + prefix.toUtf8() +
+            ";; upgrade) yes 'a line of output that says nothing new' | head -c 100000000;; esac\n",
+        true);
     Larkspur larkspur(std::move(*environment));
     ui::MainWindow window(larkspur);
     window.show();

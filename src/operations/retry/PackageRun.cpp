@@ -6,7 +6,6 @@
 #include "operations/PackageCommands.h"
 #include "operations/installed/InstalledPackages.h"
 #include "operations/oclp/CopyXattrsStub.h"
-#include "operations/outcome/Verdict.h"
 #include "operations/retry/AdministratorTexts.h"
 #include "operations/retry/ForcedRetry.h"
 #include "operations/retry/MovedAside.h"
@@ -26,9 +25,10 @@ Task<Result<PackageEnd>> PackageRun::run() {
         const auto run = co_await attempt(std::exchange(password, std::nullopt));
         if (!run)
             co_return std::unexpected(run.error());
-        if (const auto end = endOf(*run, hadPassword))
+        const Judgement judgement = co_await runInWorker([done = *run] { return judge(done); });
+        if (const auto end = endOf(*run, judgement, hadPassword))
             co_return PackageEnd(*end);
-        if (!showsPasswordFailure(run->text()))
+        if (!judgement.wantsPassword)
             continue; // with force
         password = co_await askForPassword();
         if (!password && m_setting.context.stop.stop_requested())
@@ -40,14 +40,19 @@ Task<Result<PackageEnd>> PackageRun::run() {
     }
 }
 
+PackageRun::Judgement PackageRun::judge(const BrewRun &run) {
+    if (run.succeeded())
+        return {.outcome = outcomeOf(run.lines)};
+    return {.wantsPassword = showsPasswordFailure(run.text())};
+}
+
 /// The end that a run has come to; nothing if the command is to be run again.
-std::optional<PackageEnd> PackageRun::endOf(const BrewRun &run, bool hadPassword) {
+std::optional<PackageEnd> PackageRun::endOf(const BrewRun &run, Judgement judgement, bool hadPassword) {
     if (run.succeeded()) {
-        const OperationOutcome outcome = outcomeOf(run.lines);
-        m_hasWarnings = outcome == OperationOutcome::CompletedWithWarnings;
-        return outcome == OperationOutcome::Failed ? PackageEnd::Failed : PackageEnd::Done;
+        m_hasWarnings = judgement.outcome == OperationOutcome::CompletedWithWarnings;
+        return judgement.outcome == OperationOutcome::Failed ? PackageEnd::Failed : PackageEnd::Done;
     }
-    if (!showsPasswordFailure(run.text()))
+    if (!judgement.wantsPassword)
         return forceNext(run) ? std::nullopt : std::optional(PackageEnd::Failed);
     if (!hadPassword) {
         say(QStringLiteral("==> This step needs administrator privileges. Retrying with your password…"));

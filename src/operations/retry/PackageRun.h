@@ -2,6 +2,7 @@
 
 #include "core/brew/BrewService.h"
 #include "operations/OperationReport.h"
+#include "operations/outcome/Verdict.h"
 
 namespace larkspur {
 
@@ -34,7 +35,13 @@ class PackageRun {
     Task<Result<BrewRun>> attemptReinstallation(BrewCommand command);
     Task<Result<BrewRun>> stream(BrewCommand command);
     Task<std::optional<Password>> askForPassword();
-    std::optional<PackageEnd> endOf(const BrewRun &run, bool hadPassword);
+    /// What the output of a run says; judged off the main thread, for it can be long.
+    struct Judgement {
+        OperationOutcome outcome = OperationOutcome::Failed;
+        bool wantsPassword = false;
+    };
+    static Judgement judge(const BrewRun &run);
+    std::optional<PackageEnd> endOf(const BrewRun &run, Judgement judgement, bool hadPassword);
     bool forceNext(const BrewRun &run);
     void say(const QString &line) const;
 
