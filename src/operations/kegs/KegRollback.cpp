@@ -53,7 +53,7 @@ bool isInUse(const RollbackNote &note) {
            (!note.wasLinked || installed.isLinked(note.formula));
 }
 
-bool removesNothingMore(const Result<BrewRun> &run) {
+bool hasSucceeded(const Result<BrewRun> &run) {
     return run && run->succeeded();
 }
 
@@ -94,7 +94,7 @@ Task<bool> KegRollback::run(Order order) {
         co_await m_parts.kegs.restoreCopy(order.formula, order.version, note.staged(), order.context.stop);
     if (staged && !*staged) {
         sayNoCopy();
-        finish(note);
+        co_await finish(note);
         co_return false;
     }
     say(order.context, QStringLiteral("==> Rolling back %1 to %2").arg(order.formula, order.version));
@@ -106,7 +106,7 @@ Task<bool> KegRollback::run(Order order) {
         const QString reason = !staged ? staged.error() : !aside ? aside.error() : QStringLiteral("stopped");
         m_parts.logger.error(QStringLiteral("[Larkspur] Rollback of %1: %2").arg(order.formula, reason));
         sayFailure(order, QStringLiteral("failed to restore preserved files"));
-        finish(note);
+        co_await finish(note);
         co_return false;
     }
     co_return co_await exchange(order, note);
@@ -117,11 +117,11 @@ Task<bool> KegRollback::exchange(Order order, RollbackNote note) {
     note.phase = RollbackNote::Phase::Exchanging;
     if (!writeRollbackNote(m_parts.noteFile, note)) {
         sayFailure(order, QStringLiteral("%1 cannot be written").arg(m_parts.noteFile));
-        finish(note);
+        co_await finish(note);
         co_return false;
     }
     if (!note.isFirstInstallation() &&
-        !removesNothingMore(
+        !hasSucceeded(
             co_await brew(order, {QStringLiteral("uninstall"), QStringLiteral("--ignore-dependencies"),
                                   QStringLiteral("--force"), order.formula}))) {
         sayFailure(order, QStringLiteral("the installed version could not be removed"));
@@ -145,7 +145,7 @@ Task<bool> KegRollback::exchange(Order order, RollbackNote note) {
         co_await putBack(order, note);
         co_return false;
     }
-    finish(note);
+    co_await finish(note);
     say(order.context, QStringLiteral("==> Rolled back %1 to %2").arg(order.formula, order.version));
     co_return true;
 }
@@ -199,12 +199,16 @@ Task<> KegRollback::putBack(Order order, RollbackNote note) {
     if (!note.isFirstInstallation())
         say(order.context,
             QStringLiteral("==> Put %1 %2 back as it was before").arg(order.formula, note.previousVersion));
-    finish(note);
+    co_await finish(note);
 }
 
-void KegRollback::finish(const RollbackNote &note) {
-    removeTree(note.workFolder());
-    QDir(note.prefix).rmpath(QStringLiteral("var/larkspur/rollback")); // as far as it is empty
+/// In a worker: what lay aside can be tens of thousands of files.
+Task<> KegRollback::finish(RollbackNote note) {
+    co_await runInWorker([note] {
+        removeTree(note.workFolder());
+        QDir(note.prefix).rmpath(QStringLiteral("var/larkspur/rollback")); // as far as it is empty
+        return true;
+    });
     QFile::remove(m_parts.noteFile);
 }
 
@@ -224,7 +228,7 @@ Task<> KegRollback::recover(BrewSession *session) {
                       .formula = note->formula,
                       .version = note->version};
     if (note->phase == RollbackNote::Phase::Preparing) {
-        finish(*note);
+        co_await finish(*note);
         co_return;
     }
     m_parts.logger.info(
@@ -233,7 +237,7 @@ Task<> KegRollback::recover(BrewSession *session) {
     if (isRestored)
         setInstalledOnRequest(note->keg(), note->isOnRequest);
     if (isRestored && co_await link(order, *note))
-        finish(*note);
+        co_await finish(*note);
     else
         co_await putBack(order, *note);
 }

@@ -40,7 +40,7 @@ class KegRollback {
     Task<bool> link(Order order, RollbackNote note);
     Task<> putBack(Order order, RollbackNote note);
     Task<Result<BrewRun>> brew(Order order, QStringList arguments);
-    void finish(const RollbackNote &note);
+    Task<> finish(RollbackNote note);
 
     Parts m_parts;
 };
