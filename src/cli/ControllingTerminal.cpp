@@ -69,11 +69,6 @@ bool ControllingTerminal::exists() {
     return OpenTerminal().isOpen();
 }
 
-void ControllingTerminal::write(const QString &text) {
-    if (const OpenTerminal terminal; terminal.isOpen())
-        terminal.write(text);
-}
-
 Task<std::optional<QString>> ControllingTerminal::readLine(QString prompt, Echo echo, StopToken stop) {
     OpenTerminal terminal;
     if (!terminal.isOpen() || (echo == Echo::Off && !terminal.hideInput()))

@@ -19,8 +19,6 @@ class ControllingTerminal {
     /// Writes the prompt and waits for a line, without its line feed. Nothing at the end of input, when stop
     /// is requested, or without a terminal. The echo is on again afterwards, whatever happened.
     static Task<std::optional<QString>> readLine(QString prompt, Echo echo, StopToken stop);
-
-    static void write(const QString &text);
 };
 
 } // namespace larkspur::cli

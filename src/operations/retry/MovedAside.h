@@ -24,8 +24,6 @@ class MovedAside {
     /// The new ones are in place: removes the old. Blocking.
     void discard();
 
-    bool isEmpty() const { return m_applications.isEmpty(); }
-
     /// Puts back what a crash has left aside; removes the note.
     static void recover(const QString &noteFile, Logger &logger);
 

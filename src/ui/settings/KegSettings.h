@@ -2,10 +2,8 @@
 
 #include <QWidget>
 
-class QCheckBox;
 class QLabel;
 class QLineEdit;
-class QSpinBox;
 class QTreeWidget;
 
 namespace larkspur {
