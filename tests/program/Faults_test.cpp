@@ -1,3 +1,4 @@
+#include "tests/support/Processes.h"
 #include "tests/support/Program.h"
 
 #include <QDir>
@@ -81,10 +82,7 @@ class FaultsTest : public QObject {
         QCOMPARE(outcome.status, 1);
         QVERIFY2(outcome.errors.contains("Stopped: Upgrading heron."), qPrintable(outcome.errors));
         // Nothing is left behind, and the next operation can run.
-        QProcess left;
-        left.start("pgrep", {"-f", m_program->brew()});
-        QVERIFY(left.waitForFinished());
-        QCOMPARE(left.readAllStandardOutput().trimmed(), QByteArray());
+        QCOMPARE(processesWith(m_program->brew().toUtf8()), QList<pid_t>());
         QCOMPARE(m_program->run({"install", "dovetail"}).status, 0);
     }
 

@@ -1,4 +1,5 @@
 #include "core/trees/TreeScan.h"
+#include "tests/support/Processes.h"
 #include "tests/support/Program.h"
 
 #include <QDir>
@@ -42,7 +43,7 @@ class TimeMachineTest : public QObject {
     Program::Outcome run(const QString &line) { return m_program->run(line.split(' ')); }
     void waitForBrew() const {
         // A brew whose Larkspur was killed goes on for a moment.
-        QTRY_VERIFY(QProcess::execute("pgrep", {"-f", m_program->brew()}) != 0);
+        QTRY_VERIFY(processesWith(m_program->brew().toUtf8()).isEmpty());
     }
 
   private Q_SLOTS:

@@ -49,11 +49,11 @@ class OperationLockTest : public QObject {
     void aLockOfADeadProgramIsTakenOver() {
         Fixture fixture;
         QProcess holder;
-        holder.start("flock", {fixture.path("lock"), "-c", "echo held; sleep 100"});
+        holder.start("flock", {"--no-fork", fixture.path("lock"), "cat"});
+        holder.write("held\n"); // comes back once the lock is taken
         QVERIFY(holder.waitForReadyRead());
         OperationLock lock(fixture.path("lock"), fixture.logger);
         QVERIFY(!await(lock.tryAcquire()));
-        QProcess::execute("pkill", {"-KILL", "-P", QString::number(holder.processId())});
         holder.kill();
         QVERIFY(holder.waitForFinished());
         QVERIFY(QFile::exists(fixture.path("lock")));
