@@ -17,9 +17,11 @@ Larkspur::Larkspur(Environment environment)
     , m_queries(m_brew, m_preferences, m_logger)
     , m_cache(m_environment.locations.cacheFolder(), m_logger)
     , m_enrichment(m_environment.locations.applicationFolders)
+    , m_userData(m_environment.locations.dataFolder, m_logger)
+    , m_history(m_userData)
     , m_refresh(m_queries, m_cache, m_enrichment, m_inventory, m_logger)
     , m_startupCheck(m_resolver, m_brew, m_inventory, m_preferences)
-    , m_catalogueUpdate(m_brew, m_startupCheck, m_refresh)
+    , m_catalogueUpdate(m_brew, m_startupCheck, m_refresh, m_history)
     , m_packageSizes(m_shell, m_queries, m_inventory, m_logger)
     , m_latestRelease(m_network)
     , m_releaseCheck(m_latestRelease, m_inventory, m_environment.locations.asksTheNet)
@@ -46,6 +48,7 @@ Larkspur::Larkspur(Environment environment)
                            .safeguard = m_safeguard,
                            .rollback = m_rollback,
                            .restore = m_restore,
+                           .history = m_history,
                            .movedAsideNote = m_environment.locations.movedAsideNote()})
     , m_planner(m_brew, m_queries)
     , m_recovery({.resolver = m_resolver,
@@ -67,6 +70,13 @@ Larkspur::~Larkspur() = default;
 
 void Larkspur::recoverFromCrash() {
     m_tasks.spawn(QStringLiteral("The recovery after a crash"), m_recovery.run());
+}
+
+void Larkspur::readFilesAgain() {
+    m_userData.reload();
+    m_tasks.spawn(QStringLiteral("The list of preserved kegs"), m_kegs.reload());
+    if (m_snapshots.hasLoaded())
+        m_tasks.spawn(QStringLiteral("The list of restore points"), m_snapshots.load());
 }
 
 void Larkspur::keepInventoryFresh() {

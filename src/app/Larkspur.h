@@ -17,19 +17,21 @@
 #include "inventory/queries/InventoryQueries.h"
 #include "inventory/refresh/BrewReleaseCheck.h"
 #include "inventory/refresh/CaskEnrichment.h"
-#include "inventory/refresh/CatalogueUpdate.h"
 #include "inventory/refresh/InventoryRefresh.h"
 #include "inventory/refresh/PackageSizes.h"
 #include "inventory/refresh/StartupCheck.h"
 #include "inventory/state/InventoryState.h"
+#include "operations/CatalogueUpdate.h"
 #include "operations/CrashRecovery.h"
 #include "operations/OperationCenter.h"
+#include "operations/OperationHistory.h"
 #include "operations/UpgradeSafeguard.h"
 #include "operations/kegs/KegPreservationManager.h"
 #include "operations/kegs/KegRollback.h"
 #include "operations/plan/OperationPlanner.h"
 #include "operations/snapshots/SnapshotManager.h"
 #include "operations/snapshots/SnapshotRestore.h"
+#include "userdata/UserDataManager.h"
 
 #include <QNetworkAccessManager>
 
@@ -51,6 +53,7 @@ class Larkspur : public QObject {
     InventoryState &inventory() { return m_inventory; }
     InventoryRefresh &refresh() { return m_refresh; }
     StartupCheck &startupCheck() { return m_startupCheck; }
+    UserDataManager &userData() { return m_userData; }
     CatalogueUpdate &catalogueUpdate() { return m_catalogueUpdate; }
     PackageSizes &packageSizes() { return m_packageSizes; }
     OperationCenter &operations() { return m_operations; }
@@ -64,6 +67,10 @@ class Larkspur : public QObject {
 
     /// Puts right what an earlier run of the program left behind when it died. Call it once at the start.
     void recoverFromCrash();
+
+    /// Takes over what another Larkspur has written since: a command in a terminal, while the window was
+    /// open.
+    void readFilesAgain();
 
     /// From now on the inventory is refreshed after each operation and each preference that changes it: for
     /// the window, which stays.
@@ -95,6 +102,8 @@ class Larkspur : public QObject {
     PackageCache m_cache;
     CaskEnrichment m_enrichment;
     InventoryState m_inventory;
+    UserDataManager m_userData;
+    OperationHistory m_history;
     InventoryRefresh m_refresh;
     StartupCheck m_startupCheck;
     CatalogueUpdate m_catalogueUpdate;

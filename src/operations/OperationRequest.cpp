@@ -37,4 +37,12 @@ QString OperationRequest::title() const {
     return QStringLiteral("%1 %2 packages").arg(operationVerb(kind)).arg(packages.size());
 }
 
+OperationRequest upgradeOfAll(const QList<PackageTarget> &outdated, bool leavesSomeOut) {
+    QList<PackageTarget> upgraded = outdated;
+    upgraded.removeIf([](const PackageTarget &package) { return package.isPinned; });
+    return {.kind = leavesSomeOut ? OperationKind::Upgrade : OperationKind::UpgradeAll,
+            .packages = leavesSomeOut ? upgraded : outdated,
+            .expectedSteps = static_cast<int>(upgraded.size())};
+}
+
 } // namespace larkspur

@@ -65,4 +65,8 @@ struct OperationRequest {
     QString title() const;
 };
 
+/// Upgrades what is outdated: with Homebrew's own command for everything, or, where something else is
+/// outdated that is to be left alone, by naming each package that is not pinned.
+OperationRequest upgradeOfAll(const QList<PackageTarget> &outdated, bool leavesSomeOut);
+
 } // namespace larkspur

@@ -4,6 +4,7 @@
 #include "core/brew/PackageName.h"
 #include "core/settings/Preferences.h"
 #include "inventory/queries/InventoryQueries.h"
+#include "operations/OperationHistory.h"
 #include "operations/PackageCommands.h"
 #include "operations/UpgradeSafeguard.h"
 #include "operations/installed/StateCheck.h"
@@ -139,6 +140,8 @@ Task<> PackageOperations::concludeUpgrade(Work work, const InstalledPackages *be
                                           const InstalledPackages *after, Result<OperationReport> *report) {
     co_await m_parts.safeguard.relinkLost({work.session, work.request, work.context, work.prefix}, before,
                                           after);
+    if (work.request.kind == OperationKind::UpgradeAll)
+        m_parts.history.noteUpgradeOfAll(work.request.packages, *after, report->has_value());
     if (!*report)
         co_return;
     const QStringList services =
@@ -221,6 +224,7 @@ Task<Result<bool>> PackageOperations::performOne(Work work, PackageTarget packag
         const auto pinned = co_await pinning.run();
         report->hasWarnings = report->hasWarnings || !pinned || *pinned != PackageEnd::Done;
     }
+    m_parts.history.note(work.request.kind, package, end == PackageEnd::Done);
     if (!end)
         co_return std::unexpected(end.error());
     report->packages.append({package, *end});

@@ -10,6 +10,7 @@ class InstalledPackages;
 class InventoryQueries;
 class KegRollback;
 class Logger;
+class OperationHistory;
 class Preferences;
 class SnapshotRestore;
 class UpgradeSafeguard;
@@ -26,6 +27,7 @@ class PackageOperations {
         UpgradeSafeguard &safeguard;
         KegRollback &rollback;
         SnapshotRestore &restore;
+        OperationHistory &history;
         QString movedAsideNote; ///< file for what stands aside during a reinstallation
     };
     explicit PackageOperations(Parts parts);

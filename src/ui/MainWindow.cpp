@@ -52,7 +52,8 @@ MainWindow::MainWindow(Larkspur &larkspur)
     , m_sidebar(new Sidebar)
     , m_brewVersion(new QLabel)
     , m_screenStack(new QStackedWidget)
-    , m_operationPanel(new OperationPanel(larkspur.operations(), larkspur.kegs())) {
+    , m_operationPanel(new OperationPanel(FollowUpBar::Services{larkspur.operations(), larkspur.inventory(),
+                                                                larkspur.kegs(), larkspur.userData()})) {
     new PasswordSheet(larkspur.sudoAuth(), this); // opens by itself
     setWindowTitle(QStringLiteral("Larkspur") + larkspur.locations().titleSuffix);
     setWindowIcon(QIcon(QStringLiteral(":/larkspur.svg")));
@@ -81,6 +82,8 @@ MainWindow::MainWindow(Larkspur &larkspur)
     connect(m_startup, &StartupScreen::retryRequested, this, &MainWindow::checkHomebrew);
     connect(m_startup, &StartupScreen::settingsRequested, this, &MainWindow::showSettings);
     connect(&larkspur.inventory(), &InventoryState::changed, this, &MainWindow::onInventoryChanged);
+    connect(&larkspur.userData(), &UserDataManager::snoozedPackagesChanged, this,
+            &MainWindow::onInventoryChanged);
     connect(&larkspur.operations(), &OperationCenter::finished, this, [this] {
         if (m_closesWhenIdle && m_larkspur.operations().unfinished().isEmpty())
             close();
@@ -201,7 +204,7 @@ void MainWindow::refresh() {
 
 void MainWindow::onInventoryChanged() {
     const Inventory &inventory = m_larkspur.inventory().value();
-    m_sidebar->updateCounts(inventory);
+    m_sidebar->updateCounts(inventory, m_larkspur.userData());
     QString version = inventory.brewVersion ? tr("Homebrew %1").arg(*inventory.brewVersion) : QString();
     if (inventory.brewVersion && isNewerVersion(inventory.latestBrewVersion, *inventory.brewVersion))
         version += tr("\n%1 is available").arg(*inventory.latestBrewVersion);
@@ -278,8 +281,10 @@ void MainWindow::askBeforeClosing() {
 
 void MainWindow::changeEvent(QEvent *event) {
     QMainWindow::changeEvent(event);
-    if (event->type() == QEvent::ActivationChange && isActiveWindow() && m_isReady &&
-        m_larkspur.preferences().boolean(keys::refreshOnActivate))
+    if (event->type() != QEvent::ActivationChange || !isActiveWindow() || !m_isReady)
+        return;
+    m_larkspur.readFilesAgain();
+    if (m_larkspur.preferences().boolean(keys::refreshOnActivate))
         refresh();
 }
 

@@ -1,12 +1,14 @@
 #include "ui/ScreenRegistry.h"
 
 #include "app/Larkspur.h"
+#include "ui/screens/HistoryScreen.h"
 #include "ui/screens/InstalledScreen.h"
 #include "ui/screens/SearchScreen.h"
 #include "ui/screens/ServicesScreen.h"
 #include "ui/screens/TapsScreen.h"
 #include "ui/screens/UpdatesScreen.h"
 #include "ui/timemachine/TimeMachineScreen.h"
+#include "userdata/UpdateSelection.h"
 
 #include <QCoreApplication>
 
@@ -19,8 +21,8 @@ QString tr(const char *text) {
 }
 
 PackageActions::Services actionServices(Larkspur &larkspur) {
-    return {larkspur.operations(), larkspur.planner(), larkspur.kegs(), larkspur.preferences(),
-            larkspur.tasks()};
+    return {larkspur.operations(), larkspur.planner(),     larkspur.kegs(),
+            larkspur.userData(),   larkspur.preferences(), larkspur.tasks()};
 }
 
 Screen *makeInstalled(Larkspur &larkspur, InstalledKind kind) {
@@ -36,7 +38,10 @@ QList<ScreenEntry> makeRegistry() {
          .icon = QStringLiteral("updates"),
          .shortcut = QKeySequence(QStringLiteral("Ctrl+1")),
          .inSimpleMode = true,
-         .count = [](const Inventory &inventory) { return inventory.outdatedPackages.size(); },
+         .count =
+             [](const Inventory &inventory, const UserDataManager &userData) {
+                 return selectUpdates(inventory.outdatedPackages, userData).shown.size();
+             },
          .make = [](Larkspur &larkspur) -> Screen * {
              return new UpdatesScreen({larkspur.inventory(), larkspur.queries(), larkspur.catalogueUpdate(),
                                        actionServices(larkspur)});
@@ -47,7 +52,8 @@ QList<ScreenEntry> makeRegistry() {
          .icon = QStringLiteral("formulae"),
          .shortcut = QKeySequence(QStringLiteral("Ctrl+2")),
          .inSimpleMode = true,
-         .count = [](const Inventory &inventory) { return inventory.installedFormulae.size(); },
+         .count = [](const Inventory &inventory,
+                     const UserDataManager &) { return inventory.installedFormulae.size(); },
          .make = [](Larkspur &larkspur) { return makeInstalled(larkspur, InstalledKind::Formulae); }},
         {.id = QStringLiteral("casks"),
          .group = tr("Packages"),
@@ -55,7 +61,8 @@ QList<ScreenEntry> makeRegistry() {
          .icon = QStringLiteral("casks"),
          .shortcut = QKeySequence(QStringLiteral("Ctrl+3")),
          .inSimpleMode = true,
-         .count = [](const Inventory &inventory) { return inventory.installedCasks.size(); },
+         .count = [](const Inventory &inventory,
+                     const UserDataManager &) { return inventory.installedCasks.size(); },
          .make = [](Larkspur &larkspur) { return makeInstalled(larkspur, InstalledKind::Casks); }},
         {.id = QStringLiteral("pinned"),
          .group = tr("Packages"),
@@ -63,8 +70,20 @@ QList<ScreenEntry> makeRegistry() {
          .icon = QStringLiteral("pinned"),
          .shortcut = QKeySequence(QStringLiteral("Ctrl+4")),
          .inSimpleMode = false,
-         .count = [](const Inventory &inventory) { return inventory.pinnedPackages.size(); },
+         .count = [](const Inventory &inventory,
+                     const UserDataManager &) { return inventory.pinnedPackages.size(); },
          .make = [](Larkspur &larkspur) { return makeInstalled(larkspur, InstalledKind::Pinned); }},
+        {.id = QStringLiteral("snoozed"),
+         .group = tr("Packages"),
+         .title = tr("Snoozed"),
+         .icon = QStringLiteral("snoozed"),
+         .shortcut = {},
+         .inSimpleMode = false,
+         .count =
+             [](const Inventory &inventory, const UserDataManager &userData) {
+                 return selectUpdates(inventory.outdatedPackages, userData).snoozed.size();
+             },
+         .make = [](Larkspur &larkspur) { return makeInstalled(larkspur, InstalledKind::Snoozed); }},
         {.id = QStringLiteral("search"),
          .group = tr("Discover"),
          .title = tr("Search"),
@@ -81,7 +100,8 @@ QList<ScreenEntry> makeRegistry() {
          .icon = QStringLiteral("services"),
          .shortcut = QKeySequence(QStringLiteral("Ctrl+6")),
          .inSimpleMode = false,
-         .count = [](const Inventory &inventory) { return inventory.services.size(); },
+         .count = [](const Inventory &inventory,
+                     const UserDataManager &) { return inventory.services.size(); },
          .make = [](Larkspur &larkspur) -> Screen * { return new ServicesScreen(larkspur.inventory()); }},
         {.id = QStringLiteral("taps"),
          .group = tr("System"),
@@ -89,7 +109,7 @@ QList<ScreenEntry> makeRegistry() {
          .icon = QStringLiteral("taps"),
          .shortcut = QKeySequence(QStringLiteral("Ctrl+7")),
          .inSimpleMode = false,
-         .count = [](const Inventory &inventory) { return inventory.taps.size(); },
+         .count = [](const Inventory &inventory, const UserDataManager &) { return inventory.taps.size(); },
          .make = [](Larkspur &larkspur) -> Screen * {
              return new TapsScreen(larkspur.inventory(), larkspur.preferences());
          }},
@@ -103,6 +123,16 @@ QList<ScreenEntry> makeRegistry() {
          .make = [](Larkspur &larkspur) -> Screen * {
              return new TimeMachineScreen(
                  {larkspur.snapshots(), larkspur.kegs(), larkspur.operations(), larkspur.tasks()});
+         }},
+        {.id = QStringLiteral("history"),
+         .group = tr("System"),
+         .title = tr("History"),
+         .icon = QStringLiteral("history"),
+         .shortcut = QKeySequence(QStringLiteral("Ctrl+9")),
+         .inSimpleMode = true,
+         .count = {},
+         .make = [](Larkspur &larkspur) -> Screen * {
+             return new HistoryScreen(larkspur.inventory(), actionServices(larkspur));
          }},
     };
 }

@@ -9,6 +9,7 @@
 
 namespace larkspur {
 class Larkspur;
+class UserDataManager;
 struct Inventory;
 } // namespace larkspur
 
@@ -25,7 +26,7 @@ struct ScreenEntry {
     QKeySequence shortcut;
     bool inSimpleMode = false;
     /// Number beside the title in the sidebar; null function: none.
-    std::function<qsizetype(const Inventory &)> count;
+    std::function<qsizetype(const Inventory &, const UserDataManager &)> count;
     std::function<Screen *(Larkspur &)> make;
 };
 

@@ -100,12 +100,12 @@ void Sidebar::setCurrentScreen(const QString &id) {
         setCurrentItem(item);
 }
 
-void Sidebar::updateCounts(const Inventory &inventory) {
+void Sidebar::updateCounts(const Inventory &inventory, const UserDataManager &userData) {
     for (const ScreenEntry &entry : screenRegistry()) {
         if (!entry.count)
             continue;
         QTreeWidgetItem *item = itemOf(entry.id);
-        const auto count = static_cast<qlonglong>(entry.count(inventory));
+        const auto count = static_cast<qlonglong>(entry.count(inventory, userData));
         item->setData(0, countRole, count);
         item->setData(0, Qt::AccessibleTextRole, QStringLiteral("%1, %2").arg(entry.title).arg(count));
     }

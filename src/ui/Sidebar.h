@@ -4,7 +4,8 @@
 
 namespace larkspur {
 struct Inventory;
-}
+class UserDataManager;
+} // namespace larkspur
 
 namespace larkspur::ui {
 
@@ -15,7 +16,7 @@ class Sidebar : public QTreeWidget {
     explicit Sidebar(QWidget *parent = nullptr);
 
     void setCurrentScreen(const QString &id);
-    void updateCounts(const Inventory &inventory);
+    void updateCounts(const Inventory &inventory, const UserDataManager &userData);
     void setSimpleMode(bool simple);
 
   Q_SIGNALS:

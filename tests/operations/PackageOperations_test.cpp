@@ -65,6 +65,30 @@ class PackageOperationsTest : public QObject {
         QVERIFY(outcomeOf(world.sink->lines()) == OperationOutcome::Succeeded);
     }
 
+    void whatIsDoneIsWrittenDown() {
+        World world;
+        world.shell.answer("uninstall a", {}, 1, "Error: needed\n");
+        world.shell.answer("uninstall --cask b", {});
+        world.shell.answer("reinstall c", "fine\n");
+        world.shell.answer("pin c", {});
+        world.perform(OperationKind::Uninstall, {{"a", false}, {"b", true}});
+        world.perform(OperationKind::Reinstall, {{"c", false}});
+        world.perform(OperationKind::Pin, {{"c", false}}); // changes nothing that is installed
+        world.addFormula("d", "2");
+        world.addFormula("e", "1");
+        world.addFormula("f", "1");
+        world.shell.answer("upgrade", "==> Upgrading 2 outdated packages\n");
+        world.perform(OperationKind::UpgradeAll, {{"d", false, "1", "2"},
+                                                  {"e", false, "1", "2"},
+                                                  {"f", false, "1", "2", true}}); // the last one is pinned
+        QStringList lines;
+        for (const HistoryEntry &entry : world.userData.history())
+            lines.prepend(historyActionName(entry.action) + ' ' + entry.packageName +
+                          (entry.isCask ? " cask" : "") + (entry.success ? "" : " failed"));
+        QCOMPARE(lines, QStringList({"uninstall a failed", "uninstall b cask", "install c", "upgrade d",
+                                     "upgrade e failed"}));
+    }
+
     void upgradeOfAllIsOneCommand() {
         World world;
         world.shell.answer("upgrade", "==> Upgraded 2 outdated packages\n");

@@ -23,8 +23,8 @@ class AuthorizationTest : public QObject {
         Session(Program &program, const QStringList &words) {
             m_process.setProcessChannelMode(QProcess::MergedChannels);
             // "exec": a shell in between would answer the interrupt with a status of its own.
-            const QString line =
-                QString("exec ") + LARKSPUR_PROGRAM + " --sample-folder=" + program.path("") + ' ' + words.join(' ');
+            const QString line = QString("exec ") + LARKSPUR_PROGRAM +
+                                 " --sample-folder=" + program.path("") + ' ' + words.join(' ');
             m_process.start("script", {"-qec", line, "/dev/null"});
         }
         /// What has come until the text came; fails the test if it never does.

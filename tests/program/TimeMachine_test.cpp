@@ -67,6 +67,29 @@ class TimeMachineTest : public QObject {
         QVERIFY(run("snapshot restore " + id).output.startsWith("Nothing to restore\n"));
     }
 
+    void aVersionIsSkipped() {
+        QCOMPARE(run("upgrade sparrowgit").status, 0);
+        QVERIFY(run("rollback sparrowgit 2.47.0")
+                    .output.contains("\"larkspur snooze sparrowgit\" skips the version"));
+        QCOMPARE(run("snooze sparrowgit").output,
+                 "sparrowgit 2.48.1 is snoozed. Until version after 2.48.1\n");
+        QVERIFY(run("outdated").output.endsWith("Snoozed: sparrowgit\n"));
+        for (const QJsonValue &package : run("outdated --json").json().array())
+            QVERIFY(package.toObject()["name"].toString() != "sparrowgit");
+        const auto all = run("upgrade --all");
+        QCOMPARE(all.output.section('\n', 0, 0),
+                 "Snoozed, so upgraded only if another package needs it: sparrowgit");
+        QCOMPARE(version("sparrowgit"), "2.47.0");
+        QVERIFY(!version("quillmark").isEmpty() && !run("outdated").output.contains("quillmark"));
+        QCOMPARE(run("snooze nothing-of-the-kind").status, 1);
+        QCOMPARE(run("snooze sparrowgit --day --week").status, 2);
+        QCOMPARE(run("unsnooze sparrowgit").status, 0);
+        QCOMPARE(run("unsnooze sparrowgit").status, 1);
+        QVERIFY(run("outdated").output.contains("sparrowgit"));
+        const QString history = run("history").output;
+        QVERIFY(history.contains("quillmark") && history.section('\n', -2, -2).contains("sparrowgit"));
+    }
+
     void whatNobodyCanPutBackIsSaid() {
         QCOMPARE(run("upgrade amberdesk --cask").status, 0);
         QCOMPARE(run("snapshot take before").status, 0);

@@ -14,10 +14,11 @@ class IncludeDirectionsTest : public QObject {
             {"core", {}},
             {"platform", {"core"}},
             {"inventory", {"core"}},
-            {"operations", {"core", "inventory"}},
-            {"app", {"core", "inventory", "operations", "platform"}},
-            {"cli", {"app", "core", "inventory", "operations"}},
-            {"ui", {"app", "core", "inventory", "operations"}},
+            {"userdata", {"core", "inventory"}},
+            {"operations", {"core", "inventory", "userdata"}},
+            {"app", {"core", "inventory", "operations", "platform", "userdata"}},
+            {"cli", {"app", "core", "inventory", "operations", "userdata"}},
+            {"ui", {"app", "core", "inventory", "operations", "userdata"}},
         };
         return table;
     }

@@ -6,6 +6,7 @@
 #include "core/authorization/SudoAuth.h"
 #include "core/trees/TreeCopier.h"
 #include "inventory/queries/InventoryQueries.h"
+#include "operations/OperationHistory.h"
 #include "operations/PackageOperations.h"
 #include "operations/UpgradeSafeguard.h"
 #include "operations/kegs/KegPreservationManager.h"
@@ -13,6 +14,7 @@
 #include "operations/snapshots/SnapshotManager.h"
 #include "operations/snapshots/SnapshotRestore.h"
 #include "tests/support/BrewWorld.h"
+#include "userdata/UserDataManager.h"
 
 #include <QDir>
 
@@ -70,6 +72,8 @@ struct OperationWorld : BrewWorld {
     KegRollback rollback{{kegs, logger, path("rollback.json")}};
     SnapshotManager snapshots{{queries, preferences, logger, path("snapshots")}};
     SnapshotRestore restore{{snapshots, kegs, rollback}};
+    UserDataManager userData{path("data"), logger};
+    OperationHistory history{userData};
     UpgradeSafeguard safeguard{{snapshots, kegs, logger}};
     PackageOperations operations{{.brew = brew,
                                   .queries = queries,
@@ -78,6 +82,7 @@ struct OperationWorld : BrewWorld {
                                   .safeguard = safeguard,
                                   .rollback = rollback,
                                   .restore = restore,
+                                  .history = history,
                                   .movedAsideNote = path("moved-aside.json")}};
     std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
 

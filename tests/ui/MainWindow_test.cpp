@@ -23,6 +23,7 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QSignalSpy>
+#include <QTableView>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
@@ -105,7 +106,8 @@ class MainWindowTest : public QObject {
             QTRY_VERIFY(world.visible<ui::Screen>());
             QVERIFY(world.shows(entry.title));
             if (auto *table = world.visible<ui::PackageTable>(); table && entry.count)
-                QCOMPARE(table->model().rowCount(), entry.count(world.larkspur->inventory().value()));
+                QCOMPARE(table->model().rowCount(),
+                         entry.count(world.larkspur->inventory().value(), world.larkspur->userData()));
         }
         world.window->showScreen("taps");
         QVERIFY(world.shows("Packages hidden by Homebrew"));
@@ -298,6 +300,41 @@ class MainWindowTest : public QObject {
         QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
         QVERIFY(world.larkspur->inventory().value().pinnedPackages.contains("heron"));
         QCOMPARE(world.larkspur->inventory().value().formula("heron")->version, "8.10.0");
+    }
+
+    void aRolledBackVersionCanBeSkipped() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        const auto isOffered = [&] {
+            world.window->showScreen("updates");
+            return world.visible<ui::PackageTable>()->model().indexOf({"heron", false}) >= 0;
+        };
+        const OperationRun *upgrade = world.larkspur->operations().start(
+            {.kind = OperationKind::Upgrade, .packages = {{"heron", false, "8.10.0", "8.11.1"}}});
+        QVERIFY(spinUntil([&] { return !upgrade->isRunning() && world.larkspur->tasks().isDrained(); }));
+        world.window->showScreen("history"); // the way back stands beside what was done
+        auto *history = world.visible<QTableView>();
+        QCOMPARE(history->model()->index(0, 1).data().toString(), "heron");
+        history->selectRow(0);
+        QVERIFY(world.button("Roll heron Back to 8.10.0…"));
+        QTest::mouseClick(world.button("Roll heron Back to 8.10.0…"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.button("Roll Back"); }));
+        QTest::mouseClick(world.button("Roll Back"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.button("Skip 8.11.1"); }));
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+        QVERIFY(isOffered());
+        QTest::mouseClick(world.button("Skip 8.11.1"), Qt::LeftButton);
+        QVERIFY(!world.button("Skip 8.11.1"));
+        QTRY_VERIFY(!isOffered());
+        QVERIFY(world.shows("1 snoozed"));
+        QTest::mouseClick(world.button("Upgrade All"), Qt::LeftButton);
+        QCOMPARE(world.visible<ui::PlanSheet>()->request().kind, OperationKind::Upgrade);
+        for (const PackageTarget &package : world.visible<ui::PlanSheet>()->request().packages)
+            QVERIFY(package.name != "heron" && !package.isPinned);
+        world.visible<ui::PlanSheet>()->reject();
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+        world.larkspur->userData().unsnoozePackage("heron");
+        QTRY_VERIFY(isOffered());
     }
 
     void aFailureOpensTheOutput() {

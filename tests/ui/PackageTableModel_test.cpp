@@ -1,9 +1,12 @@
+#include "tests/support/Fixture.h"
 #include "ui/models/PackageTableModel.h"
+#include "userdata/UserDataManager.h"
 
 #include <QAbstractItemModelTester>
 #include <QTest>
 
 using namespace larkspur;
+using namespace larkspur::test;
 using namespace larkspur::ui;
 
 class PackageTableModelTest : public QObject {
@@ -34,6 +37,13 @@ class PackageTableModelTest : public QObject {
         value.packageInstalledSizes = {{{"zeta", false}, 10}, {{"zeta", true}, 30}, {{"item9", false}, 20}};
         return value;
     }
+    static QList<PackageRow> rows(PackageSelection selection, const QList<PackageId> &snoozed = {}) {
+        Fixture fixture;
+        UserDataManager userData(fixture.path("data"), fixture.logger);
+        for (const PackageId &id : snoozed)
+            userData.snoozePackage(id.name, "6", id.isCask, UntilNextVersion());
+        return packageRows(inventory(), userData, selection);
+    }
     static QStringList names(const PackageTableModel &model) {
         QStringList names;
         for (int row = 0; row < model.rowCount(); ++row)
@@ -43,14 +53,15 @@ class PackageTableModelTest : public QObject {
 
   private Q_SLOTS:
     void selections() {
-        const auto count = [](PackageSelection selection) {
-            return packageRows(inventory(), selection).size();
-        };
+        const auto count = [](PackageSelection selection) { return rows(selection).size(); };
         QCOMPARE(count(PackageSelection::Casks), 1);
         QCOMPARE(count(PackageSelection::Pinned), 2); // one by list, one by its update
         QCOMPARE(count(PackageSelection::Outdated),
                  3); // the one that no list holds is an update all the same
-        for (const PackageRow &row : packageRows(inventory(), PackageSelection::Everything))
+        const QList<PackageId> snoozed{{"zeta", true}, {"ghost", false}}; // the ghost's of another version
+        QCOMPARE(rows(PackageSelection::Outdated, snoozed).size(), 2);
+        QCOMPARE(rows(PackageSelection::Snoozed, snoozed).value(0).snooze, "Until version after 6");
+        for (const PackageRow &row : rows(PackageSelection::Everything))
             if (row.id == PackageId{"zeta", false})
                 QVERIFY(row.newVersion.isEmpty()); // the update is the cask's of that name
     }
@@ -58,9 +69,9 @@ class PackageTableModelTest : public QObject {
     void sortsAndFilters() {
         PackageTableModel model;
         const QAbstractItemModelTester tester(&model);
-        QList<PackageRow> rows = packageRows(inventory(), PackageSelection::Everything);
-        rows.removeIf([](const PackageRow &row) { return row.id.name == "ghost"; });
-        model.setRows(rows);
+        QList<PackageRow> all = rows(PackageSelection::Everything);
+        all.removeIf([](const PackageRow &row) { return row.id.name == "ghost"; });
+        model.setRows(all);
         QCOMPARE(names(model), QStringList({"acme/t/alpha", "item9", "item10", "zeta", "Zeta App"}));
         model.setOrder(PackageSortOrder::InstallDate);
         QCOMPARE(names(model).first(), "item9");

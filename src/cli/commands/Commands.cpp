@@ -10,7 +10,8 @@ std::vector<std::unique_ptr<Command>> makeCommands() {
           makeTapsCommand,    makeDepsCommand,    makeSizesCommand,     makeRefreshCommand,
           makeInstallCommand, makeUpgradeCommand, makeReinstallCommand, makeUninstallCommand,
           makePinCommand,     makeUnpinCommand,   makeSnapshotCommand,  makeRollbackCommand,
-          makeKegsCommand,    makeLogCommand})
+          makeKegsCommand,    makeSnoozeCommand,  makeUnsnoozeCommand,  makeSnoozedCommand,
+          makeHistoryCommand, makeLogCommand})
         commands.push_back(make());
     return commands;
 }

@@ -30,6 +30,10 @@ std::unique_ptr<Command> makeUpgradeCommand();
 std::unique_ptr<Command> makeSnapshotCommand();
 std::unique_ptr<Command> makeRollbackCommand();
 std::unique_ptr<Command> makeKegsCommand();
+std::unique_ptr<Command> makeSnoozeCommand();
+std::unique_ptr<Command> makeUnsnoozeCommand();
+std::unique_ptr<Command> makeSnoozedCommand();
+std::unique_ptr<Command> makeHistoryCommand();
 std::unique_ptr<Command> makeLogCommand();
 
 } // namespace larkspur::cli

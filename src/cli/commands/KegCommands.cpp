@@ -23,8 +23,13 @@ class RollbackCommand final : public Command {
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
         const PackageTarget formula{.name = arguments.names[0], .latestVersion = arguments.names[1]};
-        co_return co_await runOperation(context, {.kind = OperationKind::RollBack, .packages = {formula}},
-                                        true);
+        const ExitStatus status =
+            co_await runOperation(context, {.kind = OperationKind::RollBack, .packages = {formula}}, true);
+        if (status == ExitStatus::Done || status == ExitStatus::DoneWithWarnings)
+            context.terminal.line(QStringLiteral("The next upgrade undoes this. \"larkspur snooze %1\" skips "
+                                                 "the version, \"larkspur pin %1\" keeps this one.")
+                                      .arg(formula.name));
+        co_return status;
     }
 };
 

@@ -2,6 +2,7 @@
 #include "cli/OperationRunner.h"
 #include "cli/commands/Commands.h"
 #include "core/brew/PackageName.h"
+#include "userdata/UpdateSelection.h"
 
 #include <algorithm>
 
@@ -69,13 +70,14 @@ class PlainCommand final : public Command {
 class UpgradeCommand final : public Command {
   public:
     CommandShape shape() const override {
-        return {.name = QStringLiteral("upgrade"),
-                .synopsis = QStringLiteral("NAME… [--cask] [--yes] | --all [--yes]"),
-                .summary =
-                    QStringLiteral("Upgrades the named packages, or with --all everything that is outdated."),
-                .options = {cask, yes, QStringLiteral("--all")},
-                .fewestNames = 0,
-                .mostNames = -1};
+        return {
+            .name = QStringLiteral("upgrade"),
+            .synopsis = QStringLiteral("NAME… [--cask] [--yes] | --all [--yes]"),
+            .summary = QStringLiteral(
+                "Upgrades the named packages, or with --all everything that is outdated and not snoozed."),
+            .options = {cask, yes, QStringLiteral("--all")},
+            .fewestNames = 0,
+            .mostNames = -1};
     }
 
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
@@ -88,7 +90,16 @@ class UpgradeCommand final : public Command {
             context.terminal.error(outdated.error());
             co_return statusFor(outdated.error());
         }
-        OperationRequest wanted = request(*outdated, arguments);
+        const UpdateSelection updates = selectUpdates(*outdated, context.larkspur.userData());
+        OperationRequest wanted =
+            arguments.has("--all") ? requestForAll(updates) : requestForNamed(*outdated, arguments);
+        if (wanted.kind == OperationKind::Upgrade && wanted.packages.isEmpty()) {
+            context.terminal.line(QStringLiteral("Everything else is up to date."));
+            co_return ExitStatus::Done;
+        }
+        if (arguments.has("--all") && !updates.snoozed.isEmpty())
+            context.terminal.line(QStringLiteral("Snoozed, so upgraded only if another package needs it: %1")
+                                      .arg(updates.snoozedNames().join(QStringLiteral(", "))));
         co_await addInstalledVersions(&wanted, context);
         co_return co_await runOperation(context, wanted, arguments.options.contains(yes));
     }
@@ -130,15 +141,15 @@ class UpgradeCommand final : public Command {
                 .isPinned = package.pinned};
     }
 
+    static OperationRequest requestForAll(const UpdateSelection &updates) {
+        QList<PackageTarget> packages;
+        std::ranges::transform(updates.shown, std::back_inserter(packages), targetOf);
+        return upgradeOfAll(packages, !updates.snoozed.isEmpty());
+    }
+
     /// A name that is outdated as a cask only is meant as one.
-    static OperationRequest request(const QList<OutdatedPackage> &outdated,
-                                    const CommandArguments &arguments) {
-        if (arguments.has("--all")) {
-            OperationRequest all{.kind = OperationKind::UpgradeAll,
-                                 .expectedSteps = static_cast<int>(outdated.size())};
-            std::ranges::transform(outdated, std::back_inserter(all.packages), targetOf);
-            return all;
-        }
+    static OperationRequest requestForNamed(const QList<OutdatedPackage> &outdated,
+                                            const CommandArguments &arguments) {
         QList<PackageTarget> packages = targets(arguments);
         for (PackageTarget &package : packages) {
             const auto find = [&](bool isCask) {

@@ -1,6 +1,7 @@
 #include "app/Larkspur.h"
 #include "cli/commands/Commands.h"
 #include "inventory/records/RecordJson.h"
+#include "userdata/UpdateSelection.h"
 
 #include <algorithm>
 
@@ -62,7 +63,8 @@ class OutdatedCommand final : public Command {
     CommandShape shape() const override {
         return {.name = QStringLiteral("outdated"),
                 .synopsis = QStringLiteral("[--json]"),
-                .summary = QStringLiteral("Lists the packages for which there is a newer version."),
+                .summary = QStringLiteral(
+                    "Lists the packages for which there is a newer version, without snoozed ones."),
                 .options = {json}};
     }
 
@@ -72,20 +74,29 @@ class OutdatedCommand final : public Command {
             context.terminal.error(packages.error());
             co_return statusFor(packages.error());
         }
-        if (arguments.wantsJson()) {
-            context.terminal.json(toJson(*packages));
-            co_return ExitStatus::Done;
-        }
+        const UpdateSelection updates = selectUpdates(*packages, context.larkspur.userData());
+        if (arguments.wantsJson())
+            context.terminal.json(toJson(updates.shown));
+        else
+            print(context.terminal, updates);
+        co_return ExitStatus::Done;
+    }
+
+  private:
+    static void print(const Terminal &terminal, const UpdateSelection &updates) {
         QList<QStringList> rows;
-        for (const OutdatedPackage &package : *packages)
+        for (const OutdatedPackage &package : updates.shown)
             rows.append({package.isCask ? package.fullName + QStringLiteral(" (cask)") : package.fullName,
                          package.installedVersions.join(QStringLiteral(", ")) + QStringLiteral(" → ") +
                              package.currentVersion,
                          package.pinned ? QStringLiteral("pinned") : QString()});
-        context.terminal.table(rows);
+        terminal.table(rows);
         if (rows.isEmpty())
-            context.terminal.line(QStringLiteral("Everything is up to date."));
-        co_return ExitStatus::Done;
+            terminal.line(updates.snoozed.isEmpty() ? QStringLiteral("Everything is up to date.")
+                                                    : QStringLiteral("Everything else is up to date."));
+        if (!updates.snoozed.isEmpty())
+            terminal.line(
+                QStringLiteral("Snoozed: %1").arg(updates.snoozedNames().join(QStringLiteral(", "))));
     }
 };
 

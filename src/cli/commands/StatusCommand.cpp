@@ -1,16 +1,18 @@
 #include "app/Larkspur.h"
 #include "cli/commands/Commands.h"
+#include "userdata/UpdateSelection.h"
 
 namespace larkspur::cli {
 
 namespace {
 
-QJsonObject statusJson(const Inventory &inventory) {
+QJsonObject statusJson(const Inventory &inventory, const UpdateSelection &updates) {
     return {{QStringLiteral("brewPath"), inventory.brewPath.value_or(QString())},
             {QStringLiteral("brewVersion"), inventory.brewVersion.value_or(QString())},
             {QStringLiteral("installedFormulae"), inventory.installedFormulae.size()},
             {QStringLiteral("installedCasks"), inventory.installedCasks.size()},
-            {QStringLiteral("outdatedPackages"), inventory.outdatedPackages.size()},
+            {QStringLiteral("outdatedPackages"), updates.shown.size()},
+            {QStringLiteral("snoozedPackages"), updates.snoozed.size()},
             {QStringLiteral("pinnedPackages"), inventory.pinnedPackages.size()},
             {QStringLiteral("services"), inventory.services.size()},
             {QStringLiteral("taps"), inventory.taps.size()},
@@ -18,14 +20,17 @@ QJsonObject statusJson(const Inventory &inventory) {
             {QStringLiteral("failures"), QJsonArray::fromStringList(inventory.refreshFailures)}};
 }
 
-void printStatus(const Terminal &terminal, const Inventory &inventory) {
+void printStatus(const Terminal &terminal, const Inventory &inventory, const UpdateSelection &updates) {
     const auto count = [](qsizetype number) { return QString::number(number); };
     terminal.table({
         {QStringLiteral("Homebrew"), inventory.brewVersion.value_or(QStringLiteral("unknown version"))},
         {QStringLiteral("brew"), inventory.brewPath.value_or(QString())},
         {QStringLiteral("Formulae"), count(inventory.installedFormulae.size())},
         {QStringLiteral("Casks"), count(inventory.installedCasks.size())},
-        {QStringLiteral("Updates"), count(inventory.outdatedPackages.size())},
+        {QStringLiteral("Updates"),
+         updates.snoozed.isEmpty()
+             ? count(updates.shown.size())
+             : QStringLiteral("%1 (%2 more snoozed)").arg(updates.shown.size()).arg(updates.snoozed.size())},
         {QStringLiteral("Pinned"), count(inventory.pinnedPackages.size())},
         {QStringLiteral("Services"), count(inventory.services.size())},
         {QStringLiteral("Taps"), count(inventory.taps.size())},
@@ -66,10 +71,11 @@ class StatusCommand final : public Command {
             context.terminal.error(BrewError::stopped());
             co_return ExitStatus::Failed;
         }
+        const UpdateSelection updates = selectUpdates(inventory.outdatedPackages, larkspur.userData());
         if (arguments.wantsJson())
-            context.terminal.json(statusJson(inventory));
+            context.terminal.json(statusJson(inventory, updates));
         else
-            printStatus(context.terminal, inventory);
+            printStatus(context.terminal, inventory, updates);
         for (const QString &failure : inventory.refreshFailures)
             context.terminal.error(failure);
         co_return inventory.refreshFailures.isEmpty() ? ExitStatus::Done : ExitStatus::DoneWithWarnings;

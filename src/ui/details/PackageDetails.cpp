@@ -192,6 +192,12 @@ void PackageDetails::addField(const QString &name, const QString &value) {
     m_layout->addLayout(row);
 }
 
+void PackageDetails::addState() {
+    addField(tr("Pinned"), m_row->pinned ? tr("held at this version") : QString());
+    addField(tr("Snoozed"), m_row->snooze);
+    addField(tr("Size"), sizeText(m_row->bytes));
+}
+
 void PackageDetails::addLink(const QString &name, const std::optional<QString> &address) {
     if (!address || address->isEmpty())
         return;
@@ -243,8 +249,7 @@ void PackageDetails::showFormula(const Formula &formula) {
         addField(tr("Because"),
                  formula.installedAsDependency ? tr("others need it") : tr("you asked for it"));
     }
-    addField(tr("Pinned"), m_row->pinned ? tr("held at this version") : QString());
-    addField(tr("Size"), sizeText(m_row->bytes));
+    addState();
     addField(tr("Licence"), formula.license.value_or(QString()));
     addLink(tr("Home page"), formula.homepage);
     addLink(tr("Source"), formula.sourceURL);
@@ -297,8 +302,7 @@ void PackageDetails::showCask(const Cask &cask) {
         addField(tr("App says"), cask.actualBuild && !cask.actualBuild->isEmpty()
                                      ? QStringLiteral("%1 (%2)").arg(*cask.actualVersion, *cask.actualBuild)
                                      : *cask.actualVersion);
-    addField(tr("Pinned"), m_row->pinned ? tr("held at this version") : QString());
-    addField(tr("Size"), sizeText(m_row->bytes));
+    addState();
     addField(tr("Rosetta"), cask.requiresRosetta ? tr("needed on Apple silicon") : QString());
     addLink(tr("Home page"), cask.homepage);
     addLink(tr("Download"), cask.url);

@@ -54,6 +54,7 @@ class PackageDetails : public QScrollArea {
     void addHeading(const QString &name, const QString &version, const QString &description);
     void addButtons();
     void addField(const QString &name, const QString &value);
+    void addState();
     void addLink(const QString &name, const std::optional<QString> &address);
     void addSection(const QString &title);
     void addText(const QString &text);

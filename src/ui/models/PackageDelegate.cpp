@@ -27,7 +27,9 @@ QList<Mark> marksOf(const PackageRow &row, const PackageTableModel &model) {
         marks.append({QObject::tr("Installed"), Tone::Good});
     if (row.pinned)
         marks.append({QObject::tr("Pinned"), Tone::Neutral});
-    if (model.marksUpdates() && !row.newVersion.isEmpty())
+    if (!row.snooze.isEmpty())
+        marks.append({row.snooze, Tone::Neutral});
+    else if (model.marksUpdates() && !row.newVersion.isEmpty())
         marks.append({QObject::tr("Update"), Tone::Attention});
     if (row.dependency)
         marks.append({QObject::tr("Dependency"), Tone::Neutral});

@@ -1,6 +1,7 @@
 #include "ui/models/PackageRow.h"
 
 #include "core/brew/PackageName.h"
+#include "userdata/UserDataManager.h"
 
 namespace larkspur::ui {
 
@@ -38,7 +39,9 @@ bool belongs(const PackageRow &row, PackageSelection selection) {
     case PackageSelection::Casks:
         return row.id.isCask;
     case PackageSelection::Outdated:
-        return !row.newVersion.isEmpty();
+        return !row.newVersion.isEmpty() && row.snooze.isEmpty();
+    case PackageSelection::Snoozed:
+        return !row.snooze.isEmpty();
     case PackageSelection::Pinned:
         return row.pinned;
     case PackageSelection::Everything:
@@ -54,7 +57,12 @@ bool PackageRow::matches(const QString &text) const {
            id.name.contains(text, Qt::CaseInsensitive) || description.contains(text, Qt::CaseInsensitive);
 }
 
-QList<PackageRow> packageRows(const Inventory &inventory, PackageSelection selection) {
+QList<PackageRow> packageRows(const Inventory &inventory, const UserDataManager &userData,
+                              PackageSelection selection) {
+    QHash<QString, const SnoozedPackage *> snoozes;
+    for (const SnoozedPackage &snooze : userData.snoozedPackages())
+        snoozes.insert(snooze.packageName, &snooze);
+    const QDateTime now = userData.now();
     QHash<PackageId, const OutdatedPackage *> outdated;
     for (const OutdatedPackage &package : inventory.outdatedPackages)
         outdated.insert(package.id(), &package);
@@ -62,6 +70,9 @@ QList<PackageRow> packageRows(const Inventory &inventory, PackageSelection selec
     const auto add = [&](PackageRow row) {
         const OutdatedPackage *update = outdated.take(row.id);
         row.newVersion = update ? update->currentVersion : QString();
+        const SnoozedPackage *snooze = update ? snoozes.value(row.id.name) : nullptr;
+        if (snooze && snooze->isInForce(row.newVersion, now))
+            row.snooze = snooze->description(now);
         row.pinned = (update && update->pinned) || inventory.pinnedPackages.contains(row.id.name);
         row.bytes = inventory.packageInstalledSizes.value(row.id, -1);
         if (belongs(row, selection))

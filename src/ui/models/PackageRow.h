@@ -3,6 +3,10 @@
 #include "inventory/state/Inventory.h"
 #include "operations/OperationRequest.h"
 
+namespace larkspur {
+class UserDataManager;
+}
+
 namespace larkspur::ui {
 
 /// One package as a list shows it.
@@ -13,6 +17,7 @@ struct PackageRow {
     QString description;
     QString version;
     QString newVersion; ///< empty: up to date
+    QString snooze;     ///< why its update is not shown, in words; empty where it is shown
     bool installed = false;
     bool pinned = false;
     bool dependency = false; ///< installed only because others need it
@@ -26,10 +31,12 @@ struct PackageRow {
     bool operator==(const PackageRow &) const = default;
 };
 
-enum class PackageSelection { Formulae, Casks, Outdated, Pinned, Everything };
+/// Outdated packages whose update is snoozed are in a list of their own.
+enum class PackageSelection { Formulae, Casks, Outdated, Snoozed, Pinned, Everything };
 
 /// The rows that a list of the inventory holds. Linear in the number of packages.
-QList<PackageRow> packageRows(const Inventory &inventory, PackageSelection selection);
+QList<PackageRow> packageRows(const Inventory &inventory, const UserDataManager &userData,
+                              PackageSelection selection);
 
 /// A package that a search found and that is not installed.
 PackageRow availableRow(const QString &name, bool isCask);

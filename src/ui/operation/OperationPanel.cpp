@@ -1,13 +1,9 @@
 #include "ui/operation/OperationPanel.h"
 
-#include "core/brew/PackageName.h"
 #include "operations/OperationCenter.h"
-#include "operations/TerminalCommand.h"
-#include "operations/kegs/KegPreservationManager.h"
 #include "operations/outcome/FailureSummary.h"
 
 #include "ui/operation/OutputView.h"
-#include "ui/operation/RunInTerminal.h"
 #include "ui/theme/Icons.h"
 
 #include <QHBoxLayout>
@@ -34,10 +30,9 @@ QString outcomeIcon(const OperationRun &run) {
 
 } // namespace
 
-OperationPanel::OperationPanel(OperationCenter &operations, KegPreservationManager &kegs, QWidget *parent)
+OperationPanel::OperationPanel(FollowUpBar::Services services, QWidget *parent)
     : QFrame(parent)
-    , m_operations(operations)
-    , m_kegs(kegs)
+    , m_operations(services.operations)
     , m_picture(new QLabel(this))
     , m_title(new QLabel(this))
     , m_detail(new QLabel(this))
@@ -45,10 +40,7 @@ OperationPanel::OperationPanel(OperationCenter &operations, KegPreservationManag
     , m_stop(new QPushButton(icon(QStringLiteral("stop")), tr("Stop"), this))
     , m_toggle(new QToolButton(this))
     , m_dismiss(new QToolButton(this))
-    , m_restart(new QPushButton(icon(QStringLiteral("services")), QString(), this))
-    , m_hold(new QPushButton(icon(QStringLiteral("pinned")), QString(), this))
-    , m_rollBack(new QPushButton(icon(QStringLiteral("timemachine")), tr("Roll Back"), this))
-    , m_terminal(new QPushButton(icon(QStringLiteral("output")), tr("Run in Terminal"), this))
+    , m_followUps(new FollowUpBar(services, this))
     , m_summary(new QLabel(this))
     , m_output(new OutputView(this)) {
     QFont bold = m_title->font();
@@ -85,8 +77,7 @@ OperationPanel::OperationPanel(OperationCenter &operations, KegPreservationManag
     row->setSpacing(10);
     row->addWidget(m_picture);
     row->addLayout(middle, 1);
-    for (QWidget *button :
-         QList<QWidget *>{m_restart, m_hold, m_rollBack, m_terminal, m_stop, m_toggle, m_dismiss})
+    for (QWidget *button : QList<QWidget *>{m_followUps, m_stop, m_toggle, m_dismiss})
         row->addWidget(button);
     auto *layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -105,21 +96,13 @@ OperationPanel::OperationPanel(OperationCenter &operations, KegPreservationManag
     });
     connect(m_toggle, &QToolButton::toggled, m_output, &QWidget::setVisible);
     connect(m_dismiss, &QToolButton::clicked, this, &QWidget::hide);
-    connect(m_restart, &QPushButton::clicked, this, &OperationPanel::restartServices);
-    connect(m_hold, &QPushButton::clicked, this, [this] {
-        m_operations.start({.kind = OperationKind::Pin, .packages = m_run->request().packages});
-    });
-    connect(m_rollBack, &QPushButton::clicked, this,
-            [this] { m_operations.start({.kind = OperationKind::RollBack, .packages = rollbackTargets()}); });
-    connect(m_terminal, &QPushButton::clicked, this,
-            [this] { runInTerminal(commandForTerminal(), window()); });
-    connect(&operations, &OperationCenter::started, this, [this](OperationRun *run) {
+    connect(&m_operations, &OperationCenter::started, this, [this](OperationRun *run) {
         if (!m_run || !m_run->isRunning())
             follow(run);
         else
             update();
     });
-    connect(&operations, &OperationCenter::finished, this, [this] {
+    connect(&m_operations, &OperationCenter::finished, this, [this] {
         if (OperationRun *next = m_operations.shown(); next && next != m_run && next->isRunning())
             follow(next);
     });
@@ -136,7 +119,10 @@ void OperationPanel::follow(OperationRun *run) {
             m_updateTimer.start();
     });
     connect(run, &OperationRun::finished, this, &OperationPanel::update);
-    connect(run, &QObject::destroyed, this, [this, run] { m_run = m_run == run ? nullptr : m_run; });
+    connect(run, &QObject::destroyed, this, [this, run] {
+        m_followUps->follow(nullptr);
+        m_run = m_run == run ? nullptr : m_run;
+    });
     show();
     update();
 }
@@ -157,8 +143,7 @@ void OperationPanel::update() {
     m_stop->setEnabled(!m_run->isStopping());
     m_bar->setVisible(m_run->isRunning());
     m_dismiss->setVisible(!m_run->isRunning());
-    for (QWidget *button : QList<QWidget *>{m_restart, m_hold, m_rollBack, m_terminal})
-        button->hide();
+    m_followUps->follow(m_run->isRunning() ? nullptr : m_run);
     m_summary->hide();
     if (m_run->isRunning())
         updateRunning();
@@ -197,8 +182,6 @@ void OperationPanel::updateRunning() {
 void OperationPanel::updateFinished() {
     m_picture->setPixmap(icon(outcomeIcon(*m_run)).pixmap(QSize(22, 22)));
     const bool hasFailed = m_run->outcome() == OperationOutcome::Failed;
-    m_terminal->setVisible(hasFailed && !m_run->wasStopped() && !commandForTerminal().isEmpty());
-    offerWhatFollows();
     if (m_run->wasCancelled())
         m_detail->setText(tr("Cancelled. The operation may be incomplete."));
     else if (m_run->wasStopped())
@@ -211,50 +194,6 @@ void OperationPanel::updateFinished() {
         m_detail->setText(tr("Done"));
     if (hasFailed && !m_run->wasStopped() && !m_run->wasCancelled())
         setOutputVisible(true);
-}
-
-void OperationPanel::offerWhatFollows() {
-    const QStringList services = m_run->report().servicesToRestart;
-    m_restart->setVisible(!services.isEmpty());
-    m_restart->setText(services.size() == 1 ? tr("Restart %1").arg(services.first())
-                                            : tr("Restart %1 Services").arg(services.size()));
-    const OperationRequest &request = m_run->request();
-    const bool isRolledBack =
-        request.kind == OperationKind::RollBack && m_run->outcome() != OperationOutcome::Failed;
-    m_hold->setVisible(isRolledBack);
-    m_hold->setText(request.packages.size() == 1 ? tr("Pin %1").arg(request.packages.first().name)
-                                                 : tr("Pin Them"));
-    m_hold->setToolTip(
-        tr("A pinned formula keeps its version; otherwise the next upgrade undoes the rollback."));
-    m_rollBack->setVisible(m_run->outcome() == OperationOutcome::Failed && !rollbackTargets().isEmpty());
-}
-
-/// The formulae of a failed upgrade that were preserved before it.
-QList<PackageTarget> OperationPanel::rollbackTargets() const {
-    QList<PackageTarget> targets;
-    if (!m_run || m_run->request().kind != OperationKind::Upgrade)
-        return targets;
-    for (const auto &[package, end] : m_run->report().packages)
-        if (end == PackageEnd::Failed && !package.isCask &&
-            m_kegs.canRollBack(shortName(package.name), package.installedVersion)) {
-            targets.append(package);
-            targets.last().latestVersion = package.installedVersion;
-        }
-    return targets;
-}
-
-void OperationPanel::restartServices() {
-    OperationRequest request{.kind = OperationKind::RestartService};
-    for (const QString &name : m_run->report().servicesToRestart)
-        request.packages.append({.name = name});
-    m_operations.start(request);
-}
-
-QString OperationPanel::commandForTerminal() const {
-    if (!m_run)
-        return {};
-    const QString needed = summarizeFailure(m_run->request(), m_run->transcript().lines()).commandToCopy;
-    return needed.isEmpty() ? terminalCommand(m_run->request()) : needed;
 }
 
 void OperationPanel::showFailure() {

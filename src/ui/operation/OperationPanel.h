@@ -1,6 +1,6 @@
 #pragma once
 
-#include "operations/OperationRequest.h"
+#include "ui/operation/FollowUpBar.h"
 
 #include <QFrame>
 #include <QTimer>
@@ -9,12 +9,6 @@ class QLabel;
 class QProgressBar;
 class QPushButton;
 class QToolButton;
-
-namespace larkspur {
-class KegPreservationManager;
-class OperationCenter;
-class OperationRun;
-} // namespace larkspur
 
 namespace larkspur::ui {
 
@@ -25,7 +19,7 @@ class OutputView;
 class OperationPanel : public QFrame {
     Q_OBJECT
   public:
-    OperationPanel(OperationCenter &operations, KegPreservationManager &kegs, QWidget *parent = nullptr);
+    explicit OperationPanel(FollowUpBar::Services services, QWidget *parent = nullptr);
 
     void setOutputVisible(bool visible);
     bool isOutputVisible() const;
@@ -36,13 +30,8 @@ class OperationPanel : public QFrame {
     void updateRunning();
     void updateFinished();
     void showFailure();
-    void restartServices();
-    void offerWhatFollows();
-    QList<PackageTarget> rollbackTargets() const;
-    QString commandForTerminal() const;
 
     OperationCenter &m_operations;
-    KegPreservationManager &m_kegs;
     OperationRun *m_run = nullptr;
     QLabel *m_picture;
     QLabel *m_title;
@@ -51,11 +40,8 @@ class OperationPanel : public QFrame {
     QPushButton *m_stop;
     QToolButton *m_toggle;
     QToolButton *m_dismiss;
-    QPushButton *m_restart;  ///< services that still run old files
-    QPushButton *m_hold;     ///< keep what was rolled back
-    QPushButton *m_rollBack; ///< what a failed upgrade has changed
-    QPushButton *m_terminal; ///< run it, or what it needs, in a terminal
-    QLabel *m_summary;       ///< of a failed operation
+    FollowUpBar *m_followUps;
+    QLabel *m_summary; ///< of a failed operation
     OutputView *m_output;
     QTimer m_updateTimer;
 };

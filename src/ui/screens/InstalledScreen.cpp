@@ -22,6 +22,8 @@ QString titleOf(InstalledKind kind) {
         return QObject::tr("Casks");
     case InstalledKind::Pinned:
         return QObject::tr("Pinned");
+    case InstalledKind::Snoozed:
+        return QObject::tr("Snoozed");
     }
     return {};
 }
@@ -34,6 +36,8 @@ PackageSelection selectionOf(InstalledKind kind) {
         return PackageSelection::Casks;
     case InstalledKind::Pinned:
         return PackageSelection::Pinned;
+    case InstalledKind::Snoozed:
+        return PackageSelection::Snoozed;
     }
     return PackageSelection::Everything;
 }
@@ -80,7 +84,7 @@ void InstalledScreen::reload() {
     const bool wantsSizes = m_order->currentIndex() == static_cast<int>(PackageSortOrder::Size);
     if (wantsSizes && value.hasLoaded && !value.hasLoadedPackageSizes && !value.isLoadingPackageSizes)
         m_services.actions.tasks.spawn(QStringLiteral("Measuring sizes"), m_services.sizes.measure());
-    table()->setRows(packageRows(value, selectionOf(m_kind)));
+    table()->setRows(rows(selectionOf(m_kind)));
     const auto count = table()->model().totalRows();
     header()->setSubtitle((wantsSizes && value.isLoadingPackageSizes ? tr("Calculating sizes…")
                                                                      : tr("%1 installed").arg(count)) +
@@ -100,6 +104,9 @@ void InstalledScreen::showEmptyState() {
     else if (m_kind == InstalledKind::Pinned)
         empty->show(QStringLiteral("pinned"), tr("Nothing Is Pinned"),
                     tr("A pinned package keeps its version when everything else is upgraded."));
+    else if (m_kind == InstalledKind::Snoozed)
+        empty->show(QStringLiteral("snoozed"), tr("Nothing Is Snoozed"),
+                    tr("A snoozed update is not shown for a while, or until a newer version comes."));
     else
         empty->show(QStringLiteral("package"), tr("Nothing Installed Yet"),
                     tr("Find something to install with Search."));

@@ -11,9 +11,10 @@ class Preferences;
 
 namespace larkspur::ui {
 
-enum class InstalledKind { Formulae, Casks, Pinned };
+enum class InstalledKind { Formulae, Casks, Pinned, Snoozed };
 
-/// The installed formulae, the installed casks, or what is pinned: three lists of the same shape.
+/// The installed formulae, the installed casks, what is pinned, or whose update is snoozed: lists of one
+/// shape.
 class InstalledScreen : public PackageScreen {
     Q_OBJECT
   public:

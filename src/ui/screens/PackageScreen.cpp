@@ -5,6 +5,7 @@
 #include "ui/theme/Colours.h"
 #include "ui/widgets/PackageTable.h"
 #include "ui/widgets/ScreenHeader.h"
+#include "userdata/UserDataManager.h"
 
 #include <QSplitter>
 #include <QVBoxLayout>
@@ -40,6 +41,8 @@ PackageScreen::PackageScreen(const QString &title, const QString &filterHint, In
     m_reloadTimer.setInterval(0);
     connect(&m_reloadTimer, &QTimer::timeout, this, [this] { reload(); });
     connect(&inventory, &InventoryState::changed, this, &PackageScreen::reloadSoon);
+    connect(&m_actions.userData(), &UserDataManager::snoozedPackagesChanged, this,
+            &PackageScreen::reloadSoon);
     connect(m_table, &PackageTable::currentChanged, this, [this] {
         const auto selected = m_table->selectedRows();
         m_details->show(selected.isEmpty() ? std::nullopt : m_table->currentRow());
@@ -71,6 +74,10 @@ void PackageScreen::showEvent(QShowEvent *event) {
 void PackageScreen::reloadSoon() {
     if (isVisible())
         m_reloadTimer.start();
+}
+
+QList<PackageRow> PackageScreen::rows(PackageSelection selection) const {
+    return packageRows(m_inventory.value(), m_actions.userData(), selection);
 }
 
 QString PackageScreen::freshness() const {

@@ -42,6 +42,7 @@ class PackageScreen : public Screen {
     PackageActions &actions() { return m_actions; }
     ScreenHeader *header() { return m_header; }
     PackageTable *table() { return m_table; }
+    QList<PackageRow> rows(PackageSelection selection) const;
     /// " – out of date, refreshing" and the like, for the header's line.
     QString freshness() const;
 

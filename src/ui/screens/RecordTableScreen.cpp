@@ -41,10 +41,9 @@ RecordTableScreen::RecordTableScreen(const QString &title, const QString &filter
     m_reloadTimer.setSingleShot(true);
     m_reloadTimer.setInterval(0);
     connect(&m_reloadTimer, &QTimer::timeout, this, [this] { reload(); });
-    connect(&inventory, &InventoryState::changed, this, [this] {
-        if (isVisible())
-            m_reloadTimer.start();
-    });
+    connect(&inventory, &InventoryState::changed, this, &RecordTableScreen::reloadSoon);
+    connect(m_view->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            [this] { onSelectionChanged(); });
     connect(m_header->filter(), &QLineEdit::textChanged, this, &RecordTableScreen::applyFilter);
 }
 
@@ -54,6 +53,24 @@ QLineEdit *RecordTableScreen::filterField() const {
 
 void RecordTableScreen::addBanner(QWidget *banner) {
     static_cast<QVBoxLayout *>(layout())->insertWidget(1, banner);
+}
+
+void RecordTableScreen::addControl(QWidget *control) {
+    m_header->addControl(control);
+}
+
+void RecordTableScreen::sortFirstBy(int column, Qt::SortOrder order) {
+    m_view->sortByColumn(column, order);
+}
+
+QVariant RecordTableScreen::currentData(int role) const {
+    const auto selected = m_view->selectionModel()->selectedRows();
+    return selected.isEmpty() ? QVariant() : selected.first().data(role);
+}
+
+void RecordTableScreen::reloadSoon() {
+    if (isVisible())
+        m_reloadTimer.start();
 }
 
 void RecordTableScreen::showEvent(QShowEvent *event) {

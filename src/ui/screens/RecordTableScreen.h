@@ -32,9 +32,18 @@ class RecordTableScreen : public Screen {
     virtual void showEmptyState(EmptyState *empty) const = 0;
     virtual void reload();
     void showEvent(QShowEvent *event) override;
+    virtual void onSelectionChanged() {}
+    /// At the next turn of the event loop, once for however many changes, and only while shown.
+    void reloadSoon();
 
     InventoryState &inventory() const { return m_inventory; }
     void addBanner(QWidget *banner);
+    /// A button in the header.
+    void addControl(QWidget *control);
+    /// Until the person sorts otherwise.
+    void sortFirstBy(int column, Qt::SortOrder order);
+    /// Of the selected record's first cell; invalid if none is selected.
+    QVariant currentData(int role) const;
 
   private:
     void applyFilter();

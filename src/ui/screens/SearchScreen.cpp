@@ -32,8 +32,7 @@ int rank(const PackageRow &row, const QString &text) {
 }
 
 /// Installed packages and Homebrew's hits, names that fit best first.
-QList<PackageRow> searchRows(const Inventory &inventory, const SearchHits &hits, const QString &text) {
-    QList<PackageRow> rows = packageRows(inventory, PackageSelection::Everything);
+QList<PackageRow> searchRows(QList<PackageRow> rows, const SearchHits &hits, const QString &text) {
     QSet<PackageId> installed;
     for (const PackageRow &row : std::as_const(rows))
         installed.insert(row.id);
@@ -121,7 +120,7 @@ void SearchScreen::reload() {
     const QString text = filterField()->text().trimmed();
     QList<PackageRow> rows;
     if (!text.isEmpty())
-        rows = searchRows(inventory().value(), m_hits, text);
+        rows = searchRows(PackageScreen::rows(PackageSelection::Everything), m_hits, text);
     table()->setRows(std::move(rows));
     const auto count = table()->model().totalRows();
     QString line = text.isEmpty() ? tr("Installed and available packages") : tr("%1 found").arg(count);

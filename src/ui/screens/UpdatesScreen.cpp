@@ -2,8 +2,8 @@
 
 #include "core/async/TaskScope.h"
 #include "core/errors/AppError.h"
-#include "inventory/refresh/CatalogueUpdate.h"
 #include "inventory/state/InventoryState.h"
+#include "operations/CatalogueUpdate.h"
 #include "operations/OperationCenter.h"
 #include "ui/theme/Icons.h"
 #include "ui/widgets/EmptyState.h"
@@ -44,9 +44,8 @@ UpdatesScreen::UpdatesScreen(Services services)
     connect(m_check, &QPushButton::clicked, this, &UpdatesScreen::checkForUpdates);
     connect(m_upgradeSelected, &QPushButton::clicked, this,
             [this] { actions().upgrade(table()->selectedRows(), this); });
-    connect(m_upgradeAll, &QPushButton::clicked, this, [this] {
-        actions().upgradeAll(packageRows(m_services.inventory.value(), PackageSelection::Outdated), this);
-    });
+    connect(m_upgradeAll, &QPushButton::clicked, this,
+            [this] { actions().upgradeAll(inventory().value(), this); });
     connect(filterField(), &QLineEdit::textChanged, this, [this](const QString &text) {
         table()->setFilter(text.trimmed());
         showEmptyState();
@@ -58,20 +57,21 @@ UpdatesScreen::UpdatesScreen(Services services)
 }
 
 QList<PackageRow> UpdatesScreen::upgradable() const {
-    QList<PackageRow> rows = packageRows(m_services.inventory.value(), PackageSelection::Outdated);
-    rows.removeIf([](const PackageRow &row) { return row.pinned; });
-    return rows;
+    QList<PackageRow> free = rows(PackageSelection::Outdated);
+    free.removeIf([](const PackageRow &row) { return row.pinned; });
+    return free;
 }
 
 void UpdatesScreen::reload() {
-    const Inventory &value = inventory().value();
-    table()->setRows(packageRows(value, PackageSelection::Outdated));
+    table()->setRows(rows(PackageSelection::Outdated));
     const auto count = table()->model().totalRows();
     const auto pinned = count - upgradable().size();
     QString text =
         count == 1 ? tr("1 package can be upgraded") : tr("%1 packages can be upgraded").arg(count);
     if (pinned > 0)
         text += tr(" · %1 pinned").arg(pinned);
+    if (const auto snoozed = rows(PackageSelection::Snoozed).size(); snoozed > 0)
+        text += tr(" · %1 snoozed").arg(snoozed);
     if (m_isChecking)
         text = tr("Fetching Homebrew's newest catalogue…");
     else if (!m_problem.isEmpty())

@@ -5,6 +5,7 @@
 #include "operations/kegs/KegPreservationManager.h"
 #include "ui/operation/PlanSheet.h"
 #include "ui/theme/Icons.h"
+#include "userdata/UserDataManager.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -69,11 +70,23 @@ void PackageActions::upgrade(const QList<PackageRow> &rows, QWidget *window) {
         startAfterPlan(request(OperationKind::Upgrade, rows), window);
 }
 
-void PackageActions::upgradeAll(const QList<PackageRow> &outdated, QWidget *window) {
-    OperationRequest all = request(OperationKind::UpgradeAll, outdated);
-    all.expectedSteps =
-        static_cast<int>(std::ranges::count_if(outdated, [](const PackageRow &row) { return !row.pinned; }));
-    startAfterPlan(all, window);
+void PackageActions::upgradeAll(const Inventory &inventory, QWidget *window) {
+    const auto rows = [&](PackageSelection selection) {
+        return packageRows(inventory, m_services.userData, selection);
+    };
+    const QList<PackageTarget> outdated =
+        request(OperationKind::UpgradeAll, rows(PackageSelection::Outdated)).packages;
+    startAfterPlan(upgradeOfAll(outdated, !rows(PackageSelection::Snoozed).isEmpty()), window);
+}
+
+void PackageActions::snooze(const QList<PackageRow> &rows, const SnoozeType &type) {
+    for (const PackageRow &row : rows)
+        m_services.userData.snoozePackage(row.id.name, row.newVersion, row.id.isCask, type);
+}
+
+void PackageActions::unsnooze(const QList<PackageRow> &rows) {
+    for (const PackageRow &row : rows)
+        m_services.userData.unsnoozePackage(row.id.name);
 }
 
 void PackageActions::reinstall(const QList<PackageRow> &rows) {
@@ -102,7 +115,7 @@ void PackageActions::rollBack(const PackageRow &row, const QString &version, QWi
     question->setAttribute(Qt::WA_DeleteOnClose);
     question->setInformativeText(
         tr("Restores the exact files Larkspur saved before the upgrade — no rebuild, no download. The next "
-           "upgrade undoes this, unless %1 is pinned.")
+           "upgrade undoes this, unless you pin %1 or skip the version.")
             .arg(row.title));
     const QAbstractButton *yes = question->addButton(tr("Roll Back"), QMessageBox::AcceptRole);
     PackageTarget formula = row.target();
@@ -121,13 +134,32 @@ void PackageActions::uninstall(const QList<PackageRow> &rows, QWidget *window) {
         startAfterPlan(request(OperationKind::Uninstall, rows), window);
 }
 
+void PackageActions::addUpdateActions(QMenu *menu, const QList<PackageRow> &outdated, QWidget *window) {
+    menu->addAction(icon(QStringLiteral("upgrade")), counted(tr("Upgrade"), outdated), this,
+                    [this, outdated, window] { upgrade(outdated, window); });
+    const auto snoozed = those(outdated, [](const PackageRow &row) { return !row.snooze.isEmpty(); });
+    if (!snoozed.isEmpty())
+        menu->addAction(icon(QStringLiteral("snoozed")), counted(tr("Unsnooze"), snoozed), this,
+                        [this, snoozed] { unsnooze(snoozed); });
+    const auto shown = those(outdated, [](const PackageRow &row) { return row.snooze.isEmpty(); });
+    if (shown.isEmpty())
+        return;
+    QMenu *choices = menu->addMenu(icon(QStringLiteral("snoozed")), counted(tr("Snooze"), shown));
+    const auto offer = [&](const QString &text, const SnoozeType &type) {
+        choices->addAction(text, this, [this, shown, type] { snooze(shown, type); });
+    };
+    offer(tr("For a Day"), SnoozeDuration::OneDay);
+    offer(tr("For a Week"), SnoozeDuration::OneWeek);
+    offer(tr("For a Month"), SnoozeDuration::OneMonth);
+    offer(tr("Until the Next Version"), UntilNextVersion());
+}
+
 void PackageActions::fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidget *window) {
     const auto outdated = those(rows, [](const PackageRow &row) { return !row.newVersion.isEmpty(); });
     const auto available = those(rows, [](const PackageRow &row) { return !row.installed; });
     const auto installed = those(rows, [](const PackageRow &row) { return row.installed; });
     if (!outdated.isEmpty())
-        menu->addAction(icon(QStringLiteral("upgrade")), counted(tr("Upgrade"), outdated), this,
-                        [this, outdated, window] { upgrade(outdated, window); });
+        addUpdateActions(menu, outdated, window);
     if (!available.isEmpty())
         menu->addAction(icon(QStringLiteral("install")), counted(tr("Install"), available), this,
                         [this, available] { install(available); });

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ui/models/PackageRow.h"
+#include "userdata/Snooze.h"
 
 #include <QObject>
 
@@ -13,6 +14,7 @@ class OperationCenter;
 class OperationPlanner;
 class Preferences;
 class TaskScope;
+class UserDataManager;
 } // namespace larkspur
 
 namespace larkspur::ui {
@@ -27,6 +29,7 @@ class PackageActions : public QObject {
         OperationCenter &operations;
         OperationPlanner &planner;
         KegPreservationManager &kegs;
+        UserDataManager &userData;
         Preferences &preferences;
         TaskScope &tasks;
     };
@@ -35,10 +38,12 @@ class PackageActions : public QObject {
 
     void install(const QList<PackageRow> &rows);
     void upgrade(const QList<PackageRow> &rows, QWidget *window);
-    /// `outdated`: everything that is, pinned packages included.
-    void upgradeAll(const QList<PackageRow> &outdated, QWidget *window);
+    /// Everything that is outdated, without what is pinned or snoozed.
+    void upgradeAll(const Inventory &inventory, QWidget *window);
     void reinstall(const QList<PackageRow> &rows);
     void setPinned(const QList<PackageRow> &rows, bool pinned);
+    void snooze(const QList<PackageRow> &rows, const SnoozeType &type);
+    void unsnooze(const QList<PackageRow> &rows);
     void uninstall(const QList<PackageRow> &rows, QWidget *window);
 
     /// Versions other than the installed one to which a formula can be put back, newest copy first.
@@ -48,7 +53,10 @@ class PackageActions : public QObject {
     /// Fills a menu with what fits all or some of the rows.
     void fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidget *window);
 
+    UserDataManager &userData() const { return m_services.userData; }
+
   private:
+    void addUpdateActions(QMenu *menu, const QList<PackageRow> &outdated, QWidget *window);
     /// Starts the operation once the person has seen what it will do.
     void startAfterPlan(const OperationRequest &request, QWidget *window);
 

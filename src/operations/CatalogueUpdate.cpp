@@ -1,15 +1,18 @@
-#include "inventory/refresh/CatalogueUpdate.h"
+#include "operations/CatalogueUpdate.h"
 
 #include "core/brew/BrewService.h"
 #include "inventory/refresh/InventoryRefresh.h"
 #include "inventory/refresh/StartupCheck.h"
+#include "operations/OperationHistory.h"
 
 namespace larkspur {
 
-CatalogueUpdate::CatalogueUpdate(BrewService &brew, StartupCheck &startupCheck, InventoryRefresh &refresh)
+CatalogueUpdate::CatalogueUpdate(BrewService &brew, StartupCheck &startupCheck, InventoryRefresh &refresh,
+                                 OperationHistory &history)
     : m_brew(brew)
     , m_startupCheck(startupCheck)
-    , m_refresh(refresh) {}
+    , m_refresh(refresh)
+    , m_history(history) {}
 
 Task<Result<bool>> CatalogueUpdate::run(OperationContext context) {
     const auto updated = co_await updateCatalogue(context);
@@ -25,6 +28,7 @@ Task<Result<bool>> CatalogueUpdate::updateCatalogue(OperationContext context) {
         co_return std::unexpected(session.error());
     const auto result = co_await session->stream({.arguments = {QStringLiteral("update")}}, context,
                                                  BrewSession::Style::Plain);
+    m_history.noteUpdate(result && result->succeeded());
     if (!result)
         co_return std::unexpected(result.error());
     if (!result->succeeded())

@@ -7,6 +7,7 @@ namespace larkspur {
 
 class BrewService;
 class InventoryRefresh;
+class OperationHistory;
 class StartupCheck;
 
 /// Fetches Homebrew's newest catalogue, without which no newer versions are ever found, and refreshes the
@@ -14,7 +15,8 @@ class StartupCheck;
 /// from under it.
 class CatalogueUpdate {
   public:
-    CatalogueUpdate(BrewService &brew, StartupCheck &startupCheck, InventoryRefresh &refresh);
+    CatalogueUpdate(BrewService &brew, StartupCheck &startupCheck, InventoryRefresh &refresh,
+                    OperationHistory &history);
 
     /// Homebrew's words go to the context's sink. If the update fails the inventory is refreshed all the
     /// same.
@@ -26,6 +28,7 @@ class CatalogueUpdate {
     BrewService &m_brew;
     StartupCheck &m_startupCheck;
     InventoryRefresh &m_refresh;
+    OperationHistory &m_history;
 };
 
 } // namespace larkspur

@@ -1,0 +1,128 @@
+#include "ui/operation/FollowUpBar.h"
+
+#include "core/brew/PackageName.h"
+#include "inventory/state/InventoryState.h"
+#include "operations/OperationCenter.h"
+#include "operations/TerminalCommand.h"
+#include "operations/kegs/KegPreservationManager.h"
+#include "operations/outcome/FailureSummary.h"
+#include "ui/operation/RunInTerminal.h"
+#include "ui/theme/Icons.h"
+#include "userdata/UserDataManager.h"
+
+#include <QHBoxLayout>
+#include <QPushButton>
+
+#include <algorithm>
+
+namespace larkspur::ui {
+
+FollowUpBar::FollowUpBar(Services services, QWidget *parent)
+    : QWidget(parent)
+    , m_services(services)
+    , m_restart(new QPushButton(icon(QStringLiteral("services")), QString()))
+    , m_skip(new QPushButton(icon(QStringLiteral("snoozed")), QString()))
+    , m_pin(new QPushButton(icon(QStringLiteral("pinned")), QString()))
+    , m_rollBack(new QPushButton(icon(QStringLiteral("timemachine")), tr("Roll Back")))
+    , m_terminal(new QPushButton(icon(QStringLiteral("output")), tr("Run in Terminal"))) {
+    auto *row = new QHBoxLayout(this);
+    row->setContentsMargins(0, 0, 0, 0);
+    for (QPushButton *button : {m_restart, m_skip, m_pin, m_rollBack, m_terminal})
+        row->addWidget(button);
+    m_skip->setToolTip(tr("Its update is not shown until a newer version comes."));
+    m_pin->setToolTip(
+        tr("A pinned formula keeps its version; otherwise the next upgrade undoes the rollback."));
+    connect(m_restart, &QPushButton::clicked, this, &FollowUpBar::restartServices);
+    connect(m_skip, &QPushButton::clicked, this, &FollowUpBar::skip);
+    connect(m_pin, &QPushButton::clicked, this, [this] {
+        m_services.operations.start({.kind = OperationKind::Pin, .packages = m_run->request().packages});
+    });
+    connect(m_rollBack, &QPushButton::clicked, this, [this] {
+        m_services.operations.start({.kind = OperationKind::RollBack, .packages = rollbackTargets()});
+    });
+    connect(m_terminal, &QPushButton::clicked, this,
+            [this] { runInTerminal(commandForTerminal(), window()); });
+    connect(&services.inventory, &InventoryState::changed, this, &FollowUpBar::offer);
+    follow(nullptr);
+}
+
+void FollowUpBar::follow(const OperationRun *run) {
+    if (run != m_run)
+        m_hasSkipped = false;
+    m_run = run;
+    offer();
+}
+
+bool FollowUpBar::isRolledBack() const {
+    return m_run->request().kind == OperationKind::RollBack && m_run->outcome() != OperationOutcome::Failed;
+}
+
+void FollowUpBar::offer() {
+    if (!m_run) {
+        for (QPushButton *button : {m_restart, m_skip, m_pin, m_rollBack, m_terminal})
+            button->hide();
+        return;
+    }
+    const QStringList services = m_run->report().servicesToRestart;
+    const QList<PackageTarget> &packages = m_run->request().packages;
+    const bool hasFailed = m_run->outcome() == OperationOutcome::Failed;
+    m_restart->setVisible(!services.isEmpty());
+    m_restart->setText(services.size() == 1 ? tr("Restart %1").arg(services.first())
+                                            : tr("Restart %1 Services").arg(services.size()));
+    m_pin->setVisible(isRolledBack());
+    m_pin->setText(packages.size() == 1 ? tr("Pin %1").arg(packages.first().name) : tr("Pin Them"));
+    m_skip->setVisible(isRolledBack() && !m_hasSkipped &&
+                       std::ranges::any_of(packages, [this](const auto &package) {
+                           return !versionToSkip(package).isEmpty();
+                       }));
+    m_skip->setText(packages.size() == 1 ? tr("Skip %1").arg(versionToSkip(packages.first()))
+                                         : tr("Skip Versions"));
+    m_rollBack->setVisible(hasFailed && !rollbackTargets().isEmpty());
+    m_terminal->setVisible(hasFailed && !m_run->wasStopped() && !commandForTerminal().isEmpty());
+}
+
+/// The one that would come again: what is on offer now, else what was there before the rollback.
+QString FollowUpBar::versionToSkip(const PackageTarget &package) const {
+    const OutdatedPackage *offered =
+        m_services.inventory.value().outdated({shortName(package.name), package.isCask});
+    if (offered)
+        return offered->currentVersion;
+    return package.installedVersion == package.latestVersion ? QString() : package.installedVersion;
+}
+
+void FollowUpBar::skip() {
+    for (const PackageTarget &package : m_run->request().packages)
+        if (const QString version = versionToSkip(package); !version.isEmpty())
+            m_services.userData.snoozePackage(shortName(package.name), version, package.isCask,
+                                              UntilNextVersion());
+    m_hasSkipped = true;
+    offer();
+}
+
+/// The formulae of a failed upgrade that were preserved before it.
+QList<PackageTarget> FollowUpBar::rollbackTargets() const {
+    QList<PackageTarget> targets;
+    if (m_run->request().kind != OperationKind::Upgrade)
+        return targets;
+    for (const auto &[package, end] : m_run->report().packages)
+        if (end == PackageEnd::Failed && !package.isCask &&
+            m_services.kegs.canRollBack(shortName(package.name), package.installedVersion)) {
+            targets.append(package);
+            std::swap(targets.last().latestVersion, targets.last().installedVersion);
+        }
+    return targets;
+}
+
+void FollowUpBar::restartServices() {
+    OperationRequest request{.kind = OperationKind::RestartService};
+    for (const QString &name : m_run->report().servicesToRestart)
+        request.packages.append({.name = name});
+    m_services.operations.start(request);
+}
+
+QString FollowUpBar::commandForTerminal() const {
+    const QString needed = summarizeFailure(m_run->request(), m_run->transcript().lines()).commandToCopy;
+    return needed.isEmpty() ? terminalCommand(m_run->request()) : needed;
+}
+
+} // namespace larkspur::ui

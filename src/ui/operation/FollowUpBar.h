@@ -1,0 +1,54 @@
+#pragma once
+
+#include "operations/OperationRequest.h"
+
+#include <QWidget>
+
+class QPushButton;
+
+namespace larkspur {
+class InventoryState;
+class KegPreservationManager;
+class OperationCenter;
+class OperationRun;
+class UserDataManager;
+} // namespace larkspur
+
+namespace larkspur::ui {
+
+/// What the person may want to do next about an operation that has ended: restart services that run old
+/// files, keep what was rolled back, roll back a failed upgrade, or go on in a terminal.
+class FollowUpBar : public QWidget {
+    Q_OBJECT
+  public:
+    struct Services {
+        OperationCenter &operations;
+        InventoryState &inventory;
+        KegPreservationManager &kegs;
+        UserDataManager &userData;
+    };
+    explicit FollowUpBar(Services services, QWidget *parent = nullptr);
+
+    /// Null: nothing is offered.
+    void follow(const OperationRun *run);
+
+  private:
+    void offer();
+    void skip();
+    void restartServices();
+    QString versionToSkip(const PackageTarget &package) const;
+    QList<PackageTarget> rollbackTargets() const;
+    QString commandForTerminal() const;
+    bool isRolledBack() const;
+
+    Services m_services;
+    const OperationRun *m_run = nullptr;
+    bool m_hasSkipped = false;
+    QPushButton *m_restart;
+    QPushButton *m_skip;
+    QPushButton *m_pin;
+    QPushButton *m_rollBack;
+    QPushButton *m_terminal;
+};
+
+} // namespace larkspur::ui
