@@ -1,6 +1,8 @@
 #include "tests/support/Program.h"
 
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QTest>
 
 #include <csignal>
@@ -97,6 +99,22 @@ class OperationsTest : public QObject {
         QCOMPARE(second.output.section('\n', 0, 0), "==> Waiting for another Homebrew operation to finish…");
         QCOMPARE(first->state() == QProcess::NotRunning || first->waitForFinished(2000), true);
         QVERIFY(QDir(program.path("homebrew/Cellar/inkcap")).exists());
+        // Two upgrades behind one operation: both run, one after the other, each with its preserved keg.
+        const auto holder = program.start({"install", "nightjar"}, {"HOMEBREW_SAMPLE_PACE=on"});
+        QTRY_VERIFY(QFile::exists(program.path("data/operation.lock")));
+        const auto heron = program.start({"upgrade", "heron"});
+        const auto quillmark = program.start({"upgrade", "quillmark"});
+        for (QProcess *upgrade : {heron.get(), quillmark.get()}) {
+            const auto outcome = Program::finish(*upgrade);
+            QVERIFY2(outcome.status == 0, qPrintable(outcome.output + outcome.errors));
+            QVERIFY(outcome.output.contains("==> Waiting for another Homebrew operation to finish…"));
+        }
+        QCOMPARE(Program::finish(*holder).status, 0);
+        QStringList preserved;
+        for (const QJsonValue &entry : program.run({"kegs", "list", "--json"}).json().array())
+            preserved.append(entry.toObject()["formula"].toString());
+        QVERIFY2(preserved.contains("heron") && preserved.contains("quillmark"),
+                 qPrintable(preserved.join(' ')));
         // A program that died holds nothing.
         const auto third = program.start({"install", "larchgrove"}, {"HOMEBREW_SAMPLE_PACE=on"});
         QTRY_VERIFY(QFile::exists(program.path("data/operation.lock")));

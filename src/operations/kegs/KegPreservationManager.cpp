@@ -179,6 +179,16 @@ Task<bool> KegPreservationManager::remove(QString formula, QString version) {
     co_return isGone;
 }
 
+Task<> KegPreservationManager::reload() {
+    const auto turn = co_await m_queue.acquire({});
+    co_await runInWorker([target = store()] {
+        target->load();
+        return true;
+    });
+    if (m_entries != store()->entries())
+        publish();
+}
+
 bool KegPreservationManager::hasLeftovers() const {
     return isLocationAvailable() && m_store->needsSweep();
 }

@@ -67,6 +67,8 @@ class KegPreservationManager : public QObject {
     /// Whether the copy is whole, to the byte.
     Task<bool> verify(QString formula, QString version);
     Task<bool> remove(QString formula, QString version);
+    /// Takes over what another program has preserved or removed since.
+    Task<> reload();
     /// Whether a crash may have left something to sweep.
     bool hasLeftovers() const;
     /// Removes what a crash has left. Only while no other process can be preserving.

@@ -9,6 +9,8 @@
 #include <QJsonDocument>
 
 #include <algorithm>
+#include <chrono>
+#include <thread>
 
 namespace larkspur {
 
@@ -16,6 +18,10 @@ namespace {
 
 const QString partialPrefix = QStringLiteral(".partial-");
 const QString manifestSuffix = QStringLiteral(".files");
+
+// Another program holds the index for milliseconds.
+constexpr int mostAttempts = 200;
+constexpr auto pauseBetweenAttempts = std::chrono::milliseconds(25);
 
 QByteArray contentsOf(const QString &path) {
     QFile file(path);
@@ -26,9 +32,30 @@ QByteArray contentsOf(const QString &path) {
 
 KegStore::KegStore(QString folder)
     : m_folder(std::move(folder)) {
+    load();
+}
+
+void KegStore::load() {
     const QByteArray index = contentsOf(m_folder + QStringLiteral("/index.json"));
     m_hasIndex = QJsonDocument::fromJson(index).isArray();
     m_entries = kegIndexFromText(index);
+}
+
+/// Keeps other programs from changing the index, and takes over what they have changed. A folder that takes
+/// no lock file takes no other change either.
+std::optional<LockFile> KegStore::beginChange() {
+    std::optional<LockFile> lock;
+    auto why = LockFile::Refusal::HeldByAnother;
+    for (int i = 0; i < mostAttempts && !lock && why == LockFile::Refusal::HeldByAnother; ++i) {
+        if (i > 0)
+            std::this_thread::sleep_for(pauseBetweenAttempts);
+        lock = QDir(m_folder).exists() ? LockFile::tryTake(m_folder + QStringLiteral("/index.lock"), why)
+                                       : std::nullopt;
+    }
+    load();
+    if (!m_hasIndex)
+        rebuild();
+    return lock;
 }
 
 bool KegStore::save() const {
@@ -66,7 +93,8 @@ std::expected<void, QString> KegStore::adopt(const QString &partial, const TreeS
         return fail(copied.error());
     if (!copied->matches(scan))
         return fail(QStringLiteral("the copy differs from what was copied"));
-    if (!remove(entry.formula, entry.version))
+    const auto lock = beginChange();
+    if (!removeEntry(entry.formula, entry.version))
         return fail(QStringLiteral("an older copy of it cannot be removed"));
     if (const auto written = writeFileAtomically(manifestPath(entry.formula, entry.version), scan.toText());
         !written)
@@ -76,7 +104,7 @@ std::expected<void, QString> KegStore::adopt(const QString &partial, const TreeS
     m_entries.append(entry);
     if (save())
         return {};
-    remove(entry.formula, entry.version);
+    removeEntry(entry.formula, entry.version);
     return fail(QStringLiteral("the list of preserved kegs in %1 cannot be written").arg(m_folder));
 }
 
@@ -87,6 +115,11 @@ bool KegStore::isIntact(const QString &formula, const QString &version) const {
 }
 
 bool KegStore::remove(const QString &formula, const QString &version) {
+    const auto lock = beginChange();
+    return removeEntry(formula, version);
+}
+
+bool KegStore::removeEntry(const QString &formula, const QString &version) {
     const auto isMeant = [&](const KegEntry &entry) {
         return entry.formula == formula && entry.version == version;
     };
@@ -100,6 +133,7 @@ bool KegStore::remove(const QString &formula, const QString &version) {
 }
 
 QList<KegEntry> KegStore::enforceCap(qint64 cap, const std::optional<QUuid> &kept) {
+    const auto lock = beginChange();
     QList<KegEntry> removed;
     const auto total = [this] {
         qint64 bytes = 0;
@@ -115,7 +149,7 @@ QList<KegEntry> KegStore::enforceCap(qint64 cap, const std::optional<QUuid> &kep
         if (!oldest)
             break;
         removed.append(*oldest);
-        if (!remove(removed.last().formula, removed.last().version))
+        if (!removeEntry(removed.last().formula, removed.last().version))
             break;
     }
     return removed;
@@ -136,7 +170,7 @@ void KegStore::rebuild() {
                                   .snapshotID = std::nullopt});
         }
     if (!m_entries.isEmpty())
-        m_hasIndex = save();
+        save();
 }
 
 bool KegStore::needsSweep() const {
@@ -151,9 +185,7 @@ bool KegStore::needsSweep() const {
 }
 
 void KegStore::sweep() {
-    const bool hadIndex = m_hasIndex;
-    if (!hadIndex)
-        rebuild();
+    const auto lock = beginChange();
     const auto folders = QDir::Dirs | QDir::Hidden | QDir::NoDotAndDotDot;
     for (const QString &name : QDir(m_folder).entryList(folders)) {
         const QString path = m_folder + QLatin1Char('/') + name;
@@ -162,8 +194,8 @@ void KegStore::sweep() {
             continue;
         }
         for (const QString &version : QDir(path).entryList(folders))
-            if (hadIndex && !entry(name, version))
-                remove(name, version);
+            if (m_hasIndex && !entry(name, version))
+                removeEntry(name, version);
     }
     // An entry whose copy is gone promises what nobody can keep.
     if (m_entries.removeIf([this](const KegEntry &entry) {

@@ -1,19 +1,24 @@
 #pragma once
 
+#include "core/lock/LockFile.h"
 #include "core/trees/TreeScan.h"
 #include "operations/kegs/KegEntry.h"
 
 namespace larkspur {
 
-/// The folder with the preserved kegs and its index. Blocking; one user at a time. A copy is made aside and
-/// takes its place when it is whole; its entry is written after that, so that whatever happens the index
-/// names only whole copies.
+/// The folder with the preserved kegs and its index. Blocking; one user at a time within the program, while
+/// other programs may use the same folder: every change starts from the index as it is then. A copy is made
+/// aside and takes its place when it is whole; its entry is written after that, so that whatever happens the
+/// index names only whole copies.
 class KegStore {
   public:
     explicit KegStore(QString folder);
 
     const QString &folder() const { return m_folder; }
+    /// As of the last change or `load`.
     const QList<KegEntry> &entries() const { return m_entries; }
+    /// Reads the index.
+    void load();
     std::optional<KegEntry> entry(const QString &formula, const QString &version) const;
     /// Where the copy of an entry lies.
     QString copyPath(const QString &formula, const QString &version) const;
@@ -40,11 +45,13 @@ class KegStore {
 
   private:
     QString manifestPath(const QString &formula, const QString &version) const;
+    std::optional<LockFile> beginChange();
+    bool removeEntry(const QString &formula, const QString &version);
     bool save() const;
     void rebuild();
 
     QString m_folder;
-    bool m_hasIndex = false; ///< one that could be read
+    bool m_hasIndex = false; ///< one that could be read, when it was loaded
     QList<KegEntry> m_entries;
 };
 

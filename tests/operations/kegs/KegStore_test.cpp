@@ -103,6 +103,23 @@ class KegStoreTest : public QObject {
                  QStringList{"a"});
     }
 
+    void twoProgramsKeepEachOthersCopies() {
+        World world;
+        QVERIFY(world.add("a", "1", 10));
+        KegStore waiting(world.folder); // read the index before the others changed it
+        QVERIFY(world.add("b", "1", 10) && world.store.remove("a", "1"));
+        const QString partial = waiting.partialPath();
+        QDir().mkpath(partial);
+        Fixture::write(partial + "/file", "whole");
+        const auto scan = TreeScan::of(partial, TreeScan::Depth::Contents);
+        QVERIFY(waiting.adopt(partial, *scan, {.formula = "c", .version = "1", .date = world.now}));
+        QCOMPARE(world.names(), QStringList({"b 1", "c 1"}));
+        QVERIFY(world.store.remove("b", "1"));
+        waiting.sweep();
+        QCOMPARE(world.names(), QStringList{"c 1"});
+        QVERIFY(!QFile::exists(world.folder + "/index.lock"));
+    }
+
     void aLostIndexIsMadeAnew_data() {
         QTest::addColumn<QByteArray>("index");
         QTest::newRow("missing") << QByteArray();
