@@ -163,6 +163,21 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
                                           .packages = {{.name = QStringLiteral("meadowdb"),
                                                         .latestVersion = QStringLiteral("7.0.3")}}});
          }},
+        {QStringLiteral("snoozed"), 500,
+         [&] {
+             for (const char *name : {"heron", "kelp"})
+                 larkspur.userData().snoozePackage(QString::fromLatin1(name), QStringLiteral("8.11.1"), false,
+                                                   SnoozeDuration::OneWeek);
+             larkspur.userData().snoozePackage(QStringLiteral("mosswood-photos"), QStringLiteral("8.0"), true,
+                                               UntilNextVersion());
+             window.showScreen(QStringLiteral("snoozed"));
+             selectRow(window, 0);
+         }},
+        {QStringLiteral("history"), 500,
+         [&] {
+             window.showScreen(QStringLiteral("history"));
+             selectRow(window, 0);
+         }},
         {QStringLiteral("upgrade"), 3500,
          [&] {
              window.showScreen(QStringLiteral("updates"));
