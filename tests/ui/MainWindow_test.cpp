@@ -264,7 +264,8 @@ class MainWindowTest : public QObject {
                 timeline = tree;
         QTRY_COMPARE(timeline->topLevelItemCount(), 1);
         timeline->topLevelItem(0)->setText(4, "before the removal"); // as an edit does
-        QCOMPARE(*world.larkspur->snapshots().snapshots().first().note, "before the removal");
+        QTRY_COMPARE(world.larkspur->snapshots().snapshots().first().note.value_or(QString()),
+                     "before the removal");
 
         const OperationRun *removal = world.larkspur->operations().start(
             {.kind = OperationKind::Uninstall, .packages = {{"tidepool", true}}});

@@ -215,7 +215,8 @@ class SnapshotCommand final : public Command {
     static Task<ExitStatus> removeOne(CommandContext context, CommandArguments arguments, Snapshot snapshot) {
         if (!co_await agrees(context, QStringLiteral("Delete this restore point?"), arguments.has("--yes")))
             co_return ExitStatus::Failed;
-        co_return context.larkspur.snapshots().remove(snapshot.id) ? ExitStatus::Done : ExitStatus::Failed;
+        const bool isGone = co_await context.larkspur.snapshots().remove({snapshot.id});
+        co_return removed(context, isGone);
     }
 
     static Task<ExitStatus> removeAll(CommandContext context, CommandArguments arguments) {
@@ -227,7 +228,14 @@ class SnapshotCommand final : public Command {
                 .arg(manager.snapshots().size());
         if (!co_await agrees(context, question, arguments.has("--yes")))
             co_return ExitStatus::Failed;
-        co_return manager.removeAll() ? ExitStatus::Done : ExitStatus::Failed;
+        const bool areGone = co_await manager.removeAll();
+        co_return removed(context, areGone);
+    }
+
+    static ExitStatus removed(const CommandContext &context, bool isDone) {
+        if (!isDone)
+            context.terminal.error(QStringLiteral("A restore point could not be deleted."));
+        return isDone ? ExitStatus::Done : ExitStatus::Failed;
     }
 };
 

@@ -6,6 +6,8 @@
 #include "inventory/queries/InventoryQueries.h"
 #include "operations/installed/InstalledPackages.h"
 
+#include <QSet>
+
 #include <algorithm>
 
 namespace larkspur {
@@ -95,46 +97,54 @@ Task<std::expected<Snapshot, QString>> SnapshotManager::keep(Snapshot snapshot) 
     if (!written)
         co_return std::unexpected(written.error());
     m_contents.snapshots.prepend(snapshot);
-    applyRetention();
+    co_await applyRetention();
     Q_EMIT changed();
     co_return Snapshot(snapshot);
 }
 
-void SnapshotManager::applyRetention() {
+Task<> SnapshotManager::applyRetention() {
     const qint64 limit = m_parts.preferences.integer(keys::snapshotRetentionLimit, defaultRetention);
-    while (limit > 0 && m_contents.snapshots.size() > limit) {
-        if (!m_files.remove(m_contents.snapshots.last().id))
-            m_parts.logger.warn(QStringLiteral("[Larkspur] An old restore point could not be removed"));
-        m_contents.snapshots.removeLast();
-    }
+    QList<QUuid> surplus;
+    if (limit > 0)
+        for (qsizetype i = limit; i < m_contents.snapshots.size(); ++i)
+            surplus.append(m_contents.snapshots[i].id);
+    if (!surplus.isEmpty() && !co_await remove(surplus))
+        m_parts.logger.warn(QStringLiteral("[Larkspur] An old restore point could not be removed"));
 }
 
-bool SnapshotManager::setNote(const QUuid &id, const QString &note) {
-    const auto found = std::ranges::find(m_contents.snapshots, id, &Snapshot::id);
-    if (found == m_contents.snapshots.end())
-        return false;
+Task<bool> SnapshotManager::setNote(QUuid id, QString note) {
+    const Snapshot *found = find(id);
+    if (!found)
+        co_return false;
     Snapshot noted = *found;
     noted.note = note.isEmpty() ? std::nullopt : std::optional(note);
-    if (!m_files.write(noted))
-        return false;
-    *found = noted;
+    const auto written = co_await runInWorker([files = m_files, noted] { return files.write(noted); });
+    if (written)
+        for (Snapshot &snapshot : m_contents.snapshots)
+            if (snapshot.id == id)
+                snapshot.note = noted.note;
     Q_EMIT changed();
-    return true;
+    co_return written.has_value();
 }
 
-bool SnapshotManager::remove(const QUuid &id) {
-    if (!m_files.remove(id))
-        return false;
-    m_contents.snapshots.removeIf([&id](const Snapshot &snapshot) { return snapshot.id == id; });
+Task<bool> SnapshotManager::remove(QList<QUuid> ids) {
+    const auto gone = co_await runInWorker([files = m_files, ids] {
+        QSet<QUuid> removed;
+        for (const QUuid &id : ids)
+            if (files.remove(id))
+                removed.insert(id);
+        return removed;
+    });
+    m_contents.snapshots.removeIf([&gone](const Snapshot &snapshot) { return gone.contains(snapshot.id); });
     Q_EMIT changed();
-    return true;
+    co_return gone.size() == ids.size();
 }
 
-bool SnapshotManager::removeAll() {
-    bool areGone = true;
-    for (const Snapshot &snapshot : QList<Snapshot>(m_contents.snapshots))
-        areGone = remove(snapshot.id) && areGone;
-    return areGone;
+Task<bool> SnapshotManager::removeAll() {
+    QList<QUuid> ids;
+    for (const Snapshot &snapshot : m_contents.snapshots)
+        ids.append(snapshot.id);
+    co_return co_await remove(ids);
 }
 
 } // namespace larkspur

@@ -45,16 +45,17 @@ class SnapshotManager : public QObject {
     Task<std::expected<Snapshot, QString>> take(SnapshotTrigger trigger, const InstalledPackages *installed,
                                                 StopToken stop);
 
-    bool setNote(const QUuid &id, const QString &note);
-    bool remove(const QUuid &id);
-    bool removeAll();
+    /// These are false if a file could not be written or removed; the list then says what is still so.
+    Task<bool> setNote(QUuid id, QString note);
+    Task<bool> remove(QList<QUuid> ids);
+    Task<bool> removeAll();
 
   Q_SIGNALS:
     void changed();
 
   private:
     Task<std::expected<Snapshot, QString>> keep(Snapshot snapshot);
-    void applyRetention();
+    Task<> applyRetention();
 
     Parts m_parts;
     SnapshotFiles m_files;

@@ -166,6 +166,8 @@ void PackageDetails::addButtons() {
     if (!package.newVersion.isEmpty())
         add(QStringLiteral("upgrade"), tr("Upgrade"),
             [this, package] { m_actions.upgrade({package}, this); });
+    if (!package.snooze.isEmpty())
+        add(QStringLiteral("snoozed"), tr("Unsnooze"), [this, package] { m_actions.unsnooze({package}); });
     for (const QString &version : m_actions.rollbackVersions(package).first(
              std::min<qsizetype>(1, m_actions.rollbackVersions(package).size())))
         add(QStringLiteral("timemachine"), tr("Roll Back to %1…").arg(version),

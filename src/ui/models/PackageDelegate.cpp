@@ -27,8 +27,8 @@ QList<Mark> marksOf(const PackageRow &row, const PackageTableModel &model) {
         marks.append({QObject::tr("Installed"), Tone::Good});
     if (row.pinned)
         marks.append({QObject::tr("Pinned"), Tone::Neutral});
-    if (!row.snooze.isEmpty())
-        marks.append({row.snooze, Tone::Neutral});
+    if (model.marksUpdates() && !row.snooze.isEmpty())
+        marks.append({QObject::tr("Snoozed"), Tone::Neutral});
     else if (model.marksUpdates() && !row.newVersion.isEmpty())
         marks.append({QObject::tr("Update"), Tone::Attention});
     if (row.dependency)

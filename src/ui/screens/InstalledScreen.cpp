@@ -28,6 +28,19 @@ QString titleOf(InstalledKind kind) {
     return {};
 }
 
+QString countText(InstalledKind kind, qsizetype count) {
+    switch (kind) {
+    case InstalledKind::Pinned:
+        return QObject::tr("%1 pinned").arg(count);
+    case InstalledKind::Snoozed:
+        return QObject::tr("%1 snoozed").arg(count);
+    case InstalledKind::Formulae:
+    case InstalledKind::Casks:
+        break;
+    }
+    return QObject::tr("%1 installed").arg(count);
+}
+
 PackageSelection selectionOf(InstalledKind kind) {
     switch (kind) {
     case InstalledKind::Formulae:
@@ -59,6 +72,7 @@ InstalledScreen::InstalledScreen(InstalledKind kind, Services services)
     m_order->addItems({tr("By name"), tr("By install date"), tr("By size")});
     m_order->setAccessibleName(tr("Sort order"));
     header()->addControl(m_order);
+    table()->model().setMarksUpdates(kind != InstalledKind::Snoozed);
     const auto stored = orderNames().indexOf(services.actions.preferences.string(keys::packageSortOrder));
     m_order->setCurrentIndex(static_cast<int>(std::max<qsizetype>(0, stored)));
     connect(m_order, &QComboBox::activated, this, [this](int index) {
@@ -84,11 +98,15 @@ void InstalledScreen::reload() {
     const bool wantsSizes = m_order->currentIndex() == static_cast<int>(PackageSortOrder::Size);
     if (wantsSizes && value.hasLoaded && !value.hasLoadedPackageSizes && !value.isLoadingPackageSizes)
         m_services.actions.tasks.spawn(QStringLiteral("Measuring sizes"), m_services.sizes.measure());
-    table()->setRows(rows(selectionOf(m_kind)));
+    QList<PackageRow> shown = rows(selectionOf(m_kind));
+    if (m_kind == InstalledKind::Snoozed)
+        for (PackageRow &row : shown)
+            row.description = row.snooze; // the line that matters here
+    table()->setRows(std::move(shown));
     const auto count = table()->model().totalRows();
-    header()->setSubtitle((wantsSizes && value.isLoadingPackageSizes ? tr("Calculating sizes…")
-                                                                     : tr("%1 installed").arg(count)) +
-                          freshness());
+    header()->setSubtitle(
+        (wantsSizes && value.isLoadingPackageSizes ? tr("Calculating sizes…") : countText(m_kind, count)) +
+        freshness());
     showEmptyState();
 }
 

@@ -49,6 +49,12 @@ Task<> readNow(SnapshotManager *manager, QPointer<QObject> screen, Answer done) 
         done(std::move(now));
 }
 
+Task<> finish(Task<bool> task, QPointer<QObject> screen, std::function<void(bool)> done) {
+    const bool isDone = co_await task;
+    if (screen)
+        done(isDone);
+}
+
 Task<> takeNow(SnapshotManager *manager, QPointer<QObject> screen, Answer done) {
     auto taken = co_await manager->take(SnapshotTrigger::Manual);
     if (screen)
@@ -121,7 +127,9 @@ QWidget *TimeMachineScreen::makeTimeline() {
     connect(m_timeline, &QTreeWidget::currentItemChanged, this, &TimeMachineScreen::onSelected);
     connect(m_timeline, &QTreeWidget::itemChanged, this, [this](QTreeWidgetItem *item, int column) {
         if (column == Note)
-            m_services.snapshots.setNote(item->data(Date, Qt::UserRole).toUuid(), item->text(Note).trimmed());
+            change(m_services.snapshots.setNote(item->data(Date, Qt::UserRole).toUuid(),
+                                                item->text(Note).trimmed()),
+                   tr("The note could not be saved."));
     });
     auto *whole = new QWidget;
     auto *layout = new QVBoxLayout(whole);
@@ -188,7 +196,8 @@ void TimeMachineScreen::reload() {
                          QString::number(snapshot.casks.size()), snapshot.note.value_or(QString())});
         item->setData(Date, Qt::UserRole, snapshot.id);
         item->setFlags(item->flags() | Qt::ItemIsEditable);
-        item->setSizeHint(Date, QSize(0, m_timeline->fontMetrics().height() + 12));
+        item->setSizeHint(Date, QSize(m_timeline->fontMetrics().horizontalAdvance(item->text(Date)) + 24,
+                                      m_timeline->fontMetrics().height() + 12));
         if (snapshot.id == current || (current.isNull() && m_timeline->topLevelItemCount() == 1))
             m_timeline->setCurrentItem(item);
     }
@@ -283,16 +292,26 @@ void TimeMachineScreen::compare() {
     sheet->open();
 }
 
+void TimeMachineScreen::change(Task<bool> task, const QString &failure) {
+    m_services.tasks.spawn(QStringLiteral("A change of the restore points"),
+                           finish(std::move(task), this, [this, failure](bool isDone) {
+                               m_problem->setVisible(!isDone);
+                               m_problem->setText(failure);
+                           }));
+}
+
 void TimeMachineScreen::removeSelected() {
     if (const Snapshot *snapshot = selected())
-        confirm(tr("Delete this restore point?"), tr("This can't be undone."),
-                [this, id = snapshot->id] { m_services.snapshots.remove(id); });
+        confirm(tr("Delete this restore point?"), tr("This can't be undone."), [this, id = snapshot->id] {
+            change(m_services.snapshots.remove({id}), tr("The restore point could not be deleted."));
+        });
 }
 
 void TimeMachineScreen::removeAll() {
     confirm(tr("Delete all %1 restore points?").arg(m_services.snapshots.snapshots().size()),
-            tr("This can't be undone. Automatic snapshots will resume before your next upgrade."),
-            [this] { m_services.snapshots.removeAll(); });
+            tr("This can't be undone. Automatic snapshots will resume before your next upgrade."), [this] {
+                change(m_services.snapshots.removeAll(), tr("Not every restore point could be deleted."));
+            });
 }
 
 void TimeMachineScreen::confirm(const QString &title, const QString &text,

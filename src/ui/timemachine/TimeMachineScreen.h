@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/async/Task.h"
 #include "operations/snapshots/Snapshot.h"
 #include "ui/Screen.h"
 
@@ -45,6 +46,8 @@ class TimeMachineScreen : public Screen {
     void reload();
     void applyFilter();
     void onSelected();
+    /// Runs a change of the files and says so if it failed.
+    void change(Task<bool> task, const QString &failure);
     const Snapshot *selected() const;
     void compareWithNow();
     void showNow(const Snapshot &now);

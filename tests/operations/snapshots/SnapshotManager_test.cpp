@@ -67,20 +67,21 @@ class SnapshotManagerTest : public QObject {
         await(world.snapshots.load());
         QCOMPARE(world.snapshots.snapshots(), QList<Snapshot>{*taken});
         QCOMPARE(world.snapshots.unreadable().size(), 3);
-        QVERIFY(world.snapshots.removeAll());
+        QVERIFY(await(world.snapshots.removeAll()));
         QCOMPARE(files(world).size(), 3); // what cannot be read is not deleted
     }
 
     void notesAndRemovals() {
         OperationWorld world;
         const QUuid id = await(world.snapshots.take(SnapshotTrigger::Manual))->id;
-        QVERIFY(world.snapshots.setNote(id, "before"));
+        QVERIFY(await(world.snapshots.setNote(id, "before")));
         await(world.snapshots.load());
         QCOMPARE(*world.snapshots.find(id)->note, "before");
         QCOMPARE(world.snapshots.find(id.toString(QUuid::WithoutBraces).left(6)), world.snapshots.find(id));
         QVERIFY(!world.snapshots.find(QString()));
-        QVERIFY(world.snapshots.remove(id));
-        QVERIFY(files(world).isEmpty() && !world.snapshots.remove(id) == false);
+        QVERIFY(await(world.snapshots.remove({id})));
+        QVERIFY(files(world).isEmpty() && !world.snapshots.find(id));
+        QVERIFY(!await(world.snapshots.setNote(id, "too late")) && files(world).isEmpty());
     }
 
     void aFolderThatCannotBeWrittenIsSaid() {
