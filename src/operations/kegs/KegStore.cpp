@@ -46,11 +46,11 @@ void KegStore::load() {
 std::optional<LockFile> KegStore::beginChange() {
     std::optional<LockFile> lock;
     auto why = LockFile::Refusal::HeldByAnother;
-    for (int i = 0; i < mostAttempts && !lock && why == LockFile::Refusal::HeldByAnother; ++i) {
+    const bool hasFolder = QDir(m_folder).exists();
+    for (int i = 0; i < mostAttempts && hasFolder && !lock && why == LockFile::Refusal::HeldByAnother; ++i) {
         if (i > 0)
             std::this_thread::sleep_for(pauseBetweenAttempts);
-        lock = QDir(m_folder).exists() ? LockFile::tryTake(m_folder + QStringLiteral("/index.lock"), why)
-                                       : std::nullopt;
+        lock = LockFile::tryTake(m_folder + QStringLiteral("/index.lock"), why);
     }
     load();
     if (!m_hasIndex)
