@@ -49,7 +49,8 @@ Larkspur::Larkspur(Environment environment)
                            .rollback = m_rollback,
                            .restore = m_restore,
                            .history = m_history,
-                           .movedAsideNote = m_environment.locations.movedAsideNote()})
+                           .movedAsideNote = m_environment.locations.movedAsideNote(),
+                           .heldPinNote = m_environment.locations.heldPinNote()})
     , m_planner(m_brew, m_queries)
     , m_recovery({.resolver = m_resolver,
                   .brew = m_brew,
@@ -57,6 +58,7 @@ Larkspur::Larkspur(Environment environment)
                   .kegs = m_kegs,
                   .rollback = m_rollback,
                   .movedAsideNote = m_environment.locations.movedAsideNote(),
+                  .heldPinNote = m_environment.locations.heldPinNote(),
                   .logger = m_logger})
     , m_operations(m_packageOperations, m_sudoAuth, m_tasks) {
     if (const auto written = m_askpass.writeScript(); !written)

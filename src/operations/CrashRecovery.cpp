@@ -6,6 +6,7 @@
 #include "operations/kegs/KegPreservationManager.h"
 #include "operations/kegs/KegRollback.h"
 #include "operations/oclp/CopyXattrsStub.h"
+#include "operations/retry/HeldPin.h"
 #include "operations/retry/MovedAside.h"
 
 #include <QFileInfo>
@@ -21,7 +22,7 @@ Task<> CrashRecovery::run() {
     const QString prefix = brew ? QFileInfo(QFileInfo(*brew).absolutePath()).absolutePath() : QString();
     const bool hasWork = m_parts.askpass.hasLeftover() || m_parts.rollback.hasUnfinished() ||
                          m_parts.kegs.hasLeftovers() || QFileInfo::exists(m_parts.movedAsideNote) ||
-                         CopyXattrsStub::hasLeftover(prefix);
+                         HeldPin::hasLeftover(m_parts.heldPinNote) || CopyXattrsStub::hasLeftover(prefix);
     if (!hasWork)
         co_return;
     auto session = co_await m_parts.brew.tryBeginOperation();
@@ -33,6 +34,11 @@ Task<> CrashRecovery::run() {
     co_await m_parts.kegs.sweep();
     if (m_parts.rollback.hasUnfinished())
         co_await m_parts.rollback.recover(&*session);
+    co_await HeldPin::recover(m_parts.heldPinNote, {.session = &*session,
+                                                    .context = {},
+                                                    .prefix = prefix,
+                                                    .noteFile = m_parts.movedAsideNote,
+                                                    .logger = &m_parts.logger});
 }
 
 } // namespace larkspur

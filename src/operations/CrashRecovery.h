@@ -15,7 +15,7 @@ class Logger;
 
 /// Puts right, at the start of the program, what an operation left behind when the program died: the secret
 /// for sudo, Homebrew's script that was replaced, applications that stand aside, copies of kegs in the
-/// making, a rollback half-way.
+/// making, a rollback half-way, a pin that was taken off.
 class CrashRecovery {
   public:
     struct Parts {
@@ -25,6 +25,7 @@ class CrashRecovery {
         KegPreservationManager &kegs;
         KegRollback &rollback;
         QString movedAsideNote;
+        QString heldPinNote;
         Logger &logger;
     };
     explicit CrashRecovery(Parts parts);

@@ -9,6 +9,7 @@
 #include "operations/UpgradeSafeguard.h"
 #include "operations/installed/StateCheck.h"
 #include "operations/kegs/KegRollback.h"
+#include "operations/retry/HeldPin.h"
 #include "operations/snapshots/SnapshotRestore.h"
 
 #include <algorithm>
@@ -208,22 +209,18 @@ Task<Result<bool>> PackageOperations::performOne(Work work, PackageTarget packag
     }
     const PackageRun::Setting setting = settingOf(work);
     const bool isHeld = package.isPinned && work.request.kind == OperationKind::Upgrade;
+    HeldPin pin(setting, m_parts.heldPinNote, package);
     if (isHeld) {
-        PackageRun unpinning(setting, {.kind = OperationKind::Unpin}, package);
-        const auto unpinned = co_await unpinning.run();
-        if (!unpinned)
+        const auto unpinned = co_await pin.takeOff();
+        if (!unpinned) {
+            co_await pin.putBack();
             co_return std::unexpected(unpinned.error());
+        }
     }
     PackageRun run(setting, work.request, package);
     const Result<PackageEnd> end = co_await run.run();
-    if (isHeld) {
-        // Whatever became of the upgrade, also if it was stopped: what was held stays held.
-        PackageRun::Setting unstoppable = setting;
-        unstoppable.context.stop = {};
-        PackageRun pinning(unstoppable, {.kind = OperationKind::Pin}, package);
-        const auto pinned = co_await pinning.run();
-        report->hasWarnings = report->hasWarnings || !pinned || *pinned != PackageEnd::Done;
-    }
+    if (isHeld && !co_await pin.putBack())
+        report->hasWarnings = true;
     m_parts.history.note(work.request.kind, package, end == PackageEnd::Done);
     if (!end)
         co_return std::unexpected(end.error());

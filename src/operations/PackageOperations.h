@@ -29,6 +29,7 @@ class PackageOperations {
         SnapshotRestore &restore;
         OperationHistory &history;
         QString movedAsideNote; ///< file for what stands aside during a reinstallation
+        QString heldPinNote;    ///< file for the package that is unpinned during its upgrade
     };
     explicit PackageOperations(Parts parts);
 

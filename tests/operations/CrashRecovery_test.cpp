@@ -28,6 +28,8 @@ class CrashRecoveryTest : public QObject {
             write(path(".secret"), "sesame\n");
             QDir().mkpath(path("apps/.larkspur-aside-x.app/Contents"));
             write(path("moved-aside.json"), "[\"" + app.toUtf8() + "\"]");
+            write(path("held-pin.json"), "{\"name\":\"kelp\",\"isCask\":false}");
+            shell.answer("pin kelp", {});
         }
         void recover() {
             CrashRecovery recovery({.resolver = resolver,
@@ -36,6 +38,7 @@ class CrashRecoveryTest : public QObject {
                                     .kegs = kegs,
                                     .rollback = rollback,
                                     .movedAsideNote = path("moved-aside.json"),
+                                    .heldPinNote = path("held-pin.json"),
                                     .logger = logger});
             await(recovery.run());
         }
@@ -51,6 +54,8 @@ class CrashRecoveryTest : public QObject {
         QVERIFY(QDir(world.app + "/Contents").exists());
         QVERIFY(!QFile::exists(world.path("moved-aside.json")));
         QVERIFY(world.logText().contains("put copy-xattrs back"));
+        QVERIFY(world.shell.commandLines().contains("pin kelp"));
+        QVERIFY(!QFile::exists(world.path("held-pin.json")));
         world.recover(); // finds nothing more to do
     }
 
@@ -61,12 +66,16 @@ class CrashRecoveryTest : public QObject {
         world.recover();
         QVERIFY(world.askpass.hasLeftover());
         QVERIFY(!QFile::exists(world.app));
+        QVERIFY(QFile::exists(world.path("held-pin.json")));
     }
 
     void aNoteOfGarbageIsDropped() {
         World world;
         Fixture::write(world.path("moved-aside.json"), "[1, \"/nowhere/y.app\", {");
+        Fixture::write(world.path("held-pin.json"), "{\"name\":\"--force; kelp\"}");
         world.recover();
+        QVERIFY(!QFile::exists(world.path("held-pin.json")));
+        QVERIFY(world.shell.commandLines().filter("pin").isEmpty());
         QVERIFY(!QFile::exists(world.path("moved-aside.json")));
         QVERIFY(QFile::exists(world.path("apps/.larkspur-aside-x.app"))); // unknown: left alone
     }

@@ -83,7 +83,8 @@ struct OperationWorld : BrewWorld {
                                   .rollback = rollback,
                                   .restore = restore,
                                   .history = history,
-                                  .movedAsideNote = path("moved-aside.json")}};
+                                  .movedAsideNote = path("moved-aside.json"),
+                                  .heldPinNote = path("held-pin.json")}};
     std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
 
     OperationWorld() {

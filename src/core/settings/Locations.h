@@ -31,6 +31,7 @@ struct Locations {
     QString askpassScript() const { return dataFolder + QStringLiteral("/larkspur-askpass.sh"); }
     QString askpassSecret() const { return dataFolder + QStringLiteral("/.askpass-secret"); }
     QString movedAsideNote() const { return dataFolder + QStringLiteral("/moved-aside.json"); }
+    QString heldPinNote() const { return dataFolder + QStringLiteral("/held-pin.json"); }
     QString preservedKegs() const { return dataFolder + QStringLiteral("/PreservedKegs"); }
     QString snapshots() const { return dataFolder + QStringLiteral("/Snapshots"); }
     QString rollbackNote() const { return dataFolder + QStringLiteral("/rollback.json"); }

@@ -92,12 +92,15 @@ class StateCheckTest : public QObject {
         OperationWorld world;
         world.addFormula("x", "1");
         world.shell.answer("unpin x", {});
-        world.shell.answer("upgrade --formula x", "Error: no\n", 1);
+        bool isNoted = false; // for the next start, should the program die now
+        world.shell.answerOnce("upgrade --formula x", "Error: no\n", 1,
+                               [&] { isNoted = QFile::exists(world.path("held-pin.json")); });
         world.shell.answer("pin x", {});
         const auto report =
             world.perform(OperationKind::Upgrade,
                           {{.name = "x", .installedVersion = "1", .latestVersion = "2", .isPinned = true}});
         QCOMPARE(world.changes(), QStringList({"unpin x", "upgrade --formula x", "pin x"}));
+        QVERIFY(isNoted && !QFile::exists(world.path("held-pin.json")));
         QCOMPARE(report->count(PackageEnd::Failed), 1);
     }
 
