@@ -3,6 +3,7 @@
 #include "ui/MainWindow.h"
 #include "ui/Screen.h"
 #include "ui/ScreenRegistry.h"
+#include "ui/Sidebar.h"
 #include "ui/authorization/PasswordSheet.h"
 #include "ui/details/PackageDetails.h"
 #include "ui/operation/OperationPanel.h"
@@ -10,6 +11,7 @@
 #include "ui/operation/PlanSheet.h"
 #include "ui/settings/SettingsDialog.h"
 #include "ui/startup/StartupScreen.h"
+#include "ui/timemachine/CompareSheet.h"
 #include "ui/timemachine/DiffView.h"
 #include "ui/timemachine/RestoreSheet.h"
 #include "ui/timemachine/TimeMachineScreen.h"
@@ -282,6 +284,81 @@ class MainWindowTest : public QObject {
         QCOMPARE(restore->outcome(), OperationOutcome::Succeeded);
         QVERIFY(QFile::exists(world.folder.filePath("Applications/Tidepool.app/Contents")));
         QVERIFY(world.larkspur->inventory().value().cask("tidepool"));
+    }
+
+    void restorePointsAreComparedAndDeleted() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        for (const char *note : {"first", "second"})
+            QVERIFY(await(world.larkspur->snapshots().take(SnapshotTrigger::Manual, QString(note))));
+        QFile::copy(":/larkspur.svg", world.larkspur->locations().snapshots() + "/notes.json");
+        await(world.larkspur->snapshots().load());
+        world.window->showScreen("timemachine");
+        QTRY_VERIFY(world.shows("2 restore points · 1 files cannot be read: notes.json"));
+        QTest::mouseClick(world.button("Compare…"), Qt::LeftButton);
+        QVERIFY(world.visible<ui::CompareSheet>());
+        world.visible<ui::CompareSheet>()->close();
+        const auto confirm = [&](const QString &button, const QString &question) {
+            QTest::mouseClick(world.button(button), Qt::LeftButton);
+            QVERIFY(world.shows(question));
+            QTest::mouseClick(world.button("Delete"), Qt::LeftButton);
+        };
+        // A file that cannot be removed: a folder with something in it has taken its place.
+        const QUuid newest = world.larkspur->snapshots().snapshots().first().id;
+        const QString file = world.larkspur->locations().snapshots() + '/' +
+                             newest.toString(QUuid::WithoutBraces).toUpper() + ".json";
+        QVERIFY2(QFile::remove(file), qPrintable(file));
+        QVERIFY(QDir().mkpath(file + "/in the way"));
+        confirm("Delete…", "Delete this restore point?");
+        QTRY_VERIFY(world.shows("The restore point could not be deleted."));
+        QVERIFY(QDir(file).removeRecursively());
+        confirm("Delete All…", "Delete all 2 restore points?");
+        QTRY_VERIFY(world.larkspur->snapshots().snapshots().size() <= 1);
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+    }
+
+    void checkingForUpdates() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        world.window->showScreen("updates");
+        QTest::mouseClick(world.button("Check Now"), Qt::LeftButton);
+        QVERIFY(world.shows("Fetching Homebrew's newest catalogue…"));
+        QVERIFY(!world.button("Check Now")->isEnabled());
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+        QTRY_VERIFY(world.shows("packages can be upgraded"));
+        QCOMPARE(world.larkspur->userData().history().first().action, HistoryAction::Update);
+        world.replaceBrew("if [ \"$1\" = update ]; then echo 'Error: no route to host' >&2; exit 1; fi");
+        QTest::mouseClick(world.button("Check Now"), Qt::LeftButton);
+        QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
+        QTRY_VERIFY(world.shows("The check failed"));
+        QVERIFY(world.button("Check Now")->isEnabled());
+        QVERIFY(!world.larkspur->userData().history().first().success);
+    }
+
+    void theMenuFindsAndSimplifies() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        const auto trigger = [&](const QString &text) {
+            for (QAction *action : world.window->findChildren<QAction *>())
+                if (action->text() == text)
+                    action->trigger();
+        };
+        world.window->showScreen("casks");
+        trigger("&Find");
+        QTRY_VERIFY(world.visible<ui::Screen>()->filterField() == QApplication::focusWidget() ||
+                    !world.window->isActiveWindow());
+        const auto isListed = [&](const QString &title) {
+            const auto *sidebar = world.window->findChild<ui::Sidebar *>();
+            const auto items = sidebar->findItems(title, Qt::MatchExactly | Qt::MatchRecursive);
+            return !items.isEmpty() && !items.first()->isHidden();
+        };
+        QVERIFY(isListed("Taps"));
+        trigger("Simple Mode");
+        QVERIFY(!isListed("Taps") && isListed("Casks"));
+        QVERIFY(world.larkspur->preferences().boolean(keys::simpleMode));
+        trigger("&Settings…");
+        QVERIFY(world.visible<ui::SettingsDialog>());
+        world.visible<ui::SettingsDialog>()->close();
     }
 
     void aRollbackIsOfferedAndCanBeHeld() {

@@ -79,7 +79,8 @@ Task<Result<bool>> SnapshotRestore::addTaps(QStringList taps, Work *work) {
             co_return std::unexpected(run.error());
         work->report->packages.append(
             {{.name = tap}, run->succeeded() ? PackageEnd::Done : PackageEnd::Failed});
-        work->done.append(QStringLiteral("tap ") + tap);
+        if (run->succeeded())
+            work->done.append(QStringLiteral("tap ") + tap);
     }
     co_return true;
 }

@@ -91,6 +91,30 @@ class TreesTest : public QObject {
         QCOMPARE(before.matches(scan(root, TreeScan::Depth::Names)), change == "byte");
     }
 
+    void whatCannotBeReadIsNamed() {
+        Fixture fixture;
+        const auto nothing = TreeScan::of(fixture.path("gone"), TreeScan::Depth::Names);
+        QVERIFY(!nothing && nothing.error().startsWith(fixture.path("gone") + ": "));
+        Fixture::write(fixture.path("file"), "x");
+        QVERIFY(!TreeScan::of(fixture.path("file"), TreeScan::Depth::Contents));
+    }
+
+    void manyFoldersAreReadOnce() {
+        Fixture fixture;
+        const QString root = fixture.path("wide");
+        for (int i = 0; i < 300; ++i) {
+            const QString folder = root + QString("/%1/%2/%3").arg(i % 7).arg(i % 3).arg(i);
+            QDir().mkpath(folder);
+            Fixture::write(folder + "/file", QByteArray::number(i));
+        }
+        const TreeScan names = scan(root, TreeScan::Depth::Names); // by several threads
+        QCOMPARE(names.entries.size(), 7 + 7 * 3 + 300 + 300);
+        QVERIFY(names.matches(scan(root)));
+        QVERIFY(std::ranges::is_sorted(names.entries, {}, &TreeEntry::path));
+        for (int i = 0; i < 20; ++i)
+            QVERIFY(names.matches(scan(root, TreeScan::Depth::Names)));
+    }
+
     void hardLinksAreTheSameTreeAgain() {
         Fixture fixture;
         const QString root = makeTree(fixture);

@@ -170,6 +170,57 @@ class KegRollbackTest : public QObject {
         QVERIFY(world.isClean());
     }
 
+    void aFailedRollbackKeepsThePin() {
+        World world;
+        QDir().mkpath(world.prefix() + "/var/homebrew/pinned");
+        QFile::link(world.prefix() + "/Cellar/x/2", world.prefix() + "/var/homebrew/pinned/x");
+        world.shell.answerOnce(world.uninstall, {}, 0, [&] {
+            world.unuse();
+            QFile::remove(world.prefix() + "/var/homebrew/pinned/x");
+        });
+        world.shell.answerOnce(world.link, "Error: could not symlink\n", 0);
+        world.shell.answerOnce(world.link, {}, 0, [&] { world.use("2"); });
+        bool isPinned = false;
+        world.shell.answerOnce("pin x", {}, 0, [&] { isPinned = true; });
+        QVERIFY(!world.rollBack());
+        QVERIFY(isPinned);
+        QCOMPARE(world.installed(), "2");
+    }
+
+    void whenNothingCanBePutBackTheNewestIsInstalled() {
+        World world;
+        world.shell.answerOnce(world.uninstall, {}, 0, [&] {
+            world.unuse();
+            world.remove("Cellar");
+            Fixture::write(world.prefix() + "/Cellar", "a file in the place of the folder");
+        });
+        world.shell.answer("install --formula x", "fine\n");
+        QVERIFY(!world.rollBack());
+        QCOMPARE(world.sink->lines().last(), "==> Reinstalled current x after failed rollback");
+        // What was there before still lies aside, and is not forgotten.
+        QVERIFY(QFile::exists(world.prefix() + "/var/larkspur/rollback/x/before/2/file"));
+        QVERIFY(world.rollback.hasUnfinished());
+    }
+
+    void nothingBeginsThatCouldNotBeUndone() {
+        World world;
+        QDir().mkpath(world.path("rollback.json/a folder in its place"));
+        QVERIFY(!world.rollBack());
+        QVERIFY(world.sink->lines().last().endsWith("rollback.json cannot be written"));
+        QCOMPARE(world.installed(), "2");
+        for (const ShellCommand &command : world.shell.commands())
+            QVERIFY(command.arguments.value(0) != "uninstall");
+    }
+
+    void aNoteOfGarbageIsDropped() {
+        World world;
+        Fixture::write(world.path("rollback.json"), "{\"prefix\":\"/\",\"formula\":\"../../etc\"}");
+        auto session = await(world.brew.beginOperation({}));
+        await(world.rollback.recover(&*session));
+        QVERIFY(world.isClean());
+        QCOMPARE(world.installed(), "2");
+    }
+
     void aRollbackThatDiedIsFinishedOrUndone_data() {
         QTest::addColumn<QString>("state");
         QTest::addColumn<QString>("result");

@@ -1,0 +1,110 @@
+#include "operations/snapshots/SnapshotRestore.h"
+
+#include "tests/support/OperationWorld.h"
+
+#include <QTest>
+
+using namespace larkspur;
+using namespace larkspur::test;
+
+/// Restores on a prefix of real folders and a scripted brew.
+class SnapshotRestoreTest : public QObject {
+    Q_OBJECT
+
+    struct World : OperationWorld {
+        QUuid point;
+
+        /// Then: formula a, cask c, a tap. Now: formula b and cask d beside a; c and the tap are gone.
+        World() {
+            addFormula("a", "1");
+            addCask("c", "1");
+            shell.answer("tap", "homebrew/core\nacme/tools\n");
+            point = await(snapshots.take(SnapshotTrigger::Manual))->id;
+            addFormula("b", "1");
+            addCask("d", "1");
+            remove("Caskroom/c");
+            shell.answer("tap", "homebrew/core\n");
+            shell.answer("tap acme/tools", "Tapped\n");
+            shell.answer("install --cask c", "c was successfully installed!\n");
+            shell.answer("uninstall b", "Uninstalling b\n");
+            shell.answer("uninstall --cask d", "Uninstalling d\n");
+        }
+        Result<OperationReport> restore(bool removesAdded, StopToken stop = {}) {
+            return await(
+                operations.perform({.kind = OperationKind::Restore,
+                                    .restore = RestoreOrder{.snapshot = point, .removesAdded = removesAdded}},
+                                   {.output = sink, .stop = std::move(stop), .sudoAuth = &sudoAuth}));
+        }
+        QStringList steps() const {
+            return changes().filter(QRegularExpression("^(tap|install|uninstall) "));
+        }
+    };
+
+  private Q_SLOTS:
+    void stepsInTheirOrder() {
+        World world;
+        QVERIFY(world.restore(false));
+        QCOMPARE(world.steps(), QStringList({"tap acme/tools", "install --cask c"}));
+        QCOMPARE(world.sink->lines().last(), "==> Restore complete.");
+        World thorough;
+        QVERIFY(thorough.restore(true));
+        QCOMPARE(thorough.steps(),
+                 QStringList({"tap acme/tools", "install --cask c", "uninstall b", "uninstall --cask d"}));
+        const QStringList lines = thorough.sink->lines();
+        QVERIFY(lines.contains("==> Adding tap acme/tools") && lines.contains("==> Reinstalling c"));
+        QVERIFY(lines.contains("==> Removing 1 formula(e) added since the snapshot..."));
+        QVERIFY(lines.contains("==> Removing 1 cask(s) added since the snapshot..."));
+    }
+
+    void whatFailsIsNamedAndTheRestIsDone() {
+        World world;
+        world.shell.answer("tap acme/tools", {}, 1, "Error: no such tap\n");
+        world.shell.answer("uninstall b", {}, 1, "Error: needed\n");
+        const auto report = world.restore(true);
+        QCOMPARE(report->count(PackageEnd::Failed), 2);
+        QCOMPARE(world.steps().size(), 4);
+        QCOMPARE(world.sink->lines().last(),
+                 "==> Restore incomplete. Not done: acme/tools, b. Start it again to do the rest.");
+    }
+
+    void aStopSaysWhatIsDone_data() {
+        QTest::addColumn<QString>("during");
+        QTest::addColumn<QString>("done");
+        QTest::newRow("tap") << "tap acme/tools" << "nothing";
+        QTest::newRow("install") << "install --cask c" << "tap acme/tools";
+        QTest::newRow("removal") << "uninstall b" << "tap acme/tools, c";
+    }
+    void aStopSaysWhatIsDone() {
+        QFETCH(QString, during);
+        QFETCH(QString, done);
+        World world;
+        StopSource stop;
+        world.shell.hold(during);
+        bool hasEnded = false;
+        const auto run = [](World *world, StopToken stop, bool *ended) -> Task<> {
+            const auto report = co_await world->operations.perform(
+                {.kind = OperationKind::Restore,
+                 .restore = RestoreOrder{.snapshot = world->point, .removesAdded = true}},
+                {.output = world->sink, .stop = std::move(stop), .sudoAuth = &world->sudoAuth});
+            *ended = !report && report.error().kind == BrewError::Kind::Stopped;
+        };
+        [[maybe_unused]] const auto running = run(&world, stop.get_token(), &hasEnded);
+        QVERIFY(spinUntil([&] { return world.shell.running() == 1 && world.steps().contains(during); }));
+        stop.request_stop();
+        world.shell.release(during, {}, 143);
+        QVERIFY(spinUntil([&] { return hasEnded; }));
+        QCOMPARE(world.steps().last(), during); // nothing is begun after it
+        QCOMPARE(world.sink->lines().last(),
+                 "==> Restore interrupted. Done: " + done + ". Start it again to do the rest.");
+    }
+
+    void aPointThatIsGoneChangesNothing() {
+        World world;
+        QVERIFY(await(world.snapshots.remove({world.point})));
+        QVERIFY(!world.restore(true));
+        QCOMPARE(world.steps(), QStringList());
+    }
+};
+
+QTEST_GUILESS_MAIN(SnapshotRestoreTest)
+#include "SnapshotRestore_test.moc"
