@@ -6,8 +6,8 @@
 #include "operations/kegs/KegPreservationManager.h"
 #include "operations/kegs/KegRollback.h"
 #include "operations/oclp/CopyXattrsStub.h"
-#include "operations/retry/HeldPin.h"
-#include "operations/retry/MovedAside.h"
+#include "operations/package/HeldPin.h"
+#include "operations/package/MovedAside.h"
 
 #include <QFileInfo>
 

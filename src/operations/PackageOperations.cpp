@@ -9,7 +9,7 @@
 #include "operations/UpgradeSafeguard.h"
 #include "operations/installed/StateCheck.h"
 #include "operations/kegs/KegRollback.h"
-#include "operations/retry/HeldPin.h"
+#include "operations/package/HeldPin.h"
 #include "operations/snapshots/SnapshotRestore.h"
 
 #include <algorithm>

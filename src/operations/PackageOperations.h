@@ -2,7 +2,7 @@
 
 #include "core/brew/BrewService.h"
 #include "operations/OperationReport.h"
-#include "operations/retry/PackageRun.h"
+#include "operations/package/PackageRun.h"
 
 namespace larkspur {
 

@@ -1,5 +1,5 @@
 #include "operations/CrashRecovery.h"
-#include "operations/retry/MovedAside.h"
+#include "operations/package/MovedAside.h"
 #include "tests/support/OperationWorld.h"
 
 #include <QDir>

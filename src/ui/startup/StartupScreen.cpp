@@ -13,6 +13,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace larkspur::ui {
 
 namespace {
@@ -116,7 +118,8 @@ void StartupScreen::show(const QString &title, const QString &text, const QStrin
     m_title->setText(title);
     m_text->setText(text);
     m_text->setVisible(!text.isEmpty());
-    m_text->setFixedHeight(m_text->heightForWidth(m_text->width())); // a centred label is not asked for it
+    // A centred label is not asked for its height; an empty one has none.
+    m_text->setFixedHeight(std::max(0, m_text->heightForWidth(m_text->width())));
     clear(m_commands);
     for (const QString &command : commands)
         m_commands->addWidget(commandRow(command));

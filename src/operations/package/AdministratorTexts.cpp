@@ -1,4 +1,4 @@
-#include "operations/retry/AdministratorTexts.h"
+#include "operations/package/AdministratorTexts.h"
 
 namespace larkspur {
 

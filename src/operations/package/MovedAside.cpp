@@ -1,4 +1,4 @@
-#include "operations/retry/MovedAside.h"
+#include "operations/package/MovedAside.h"
 
 #include "core/files/AtomicFile.h"
 #include "core/log/Logger.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "operations/retry/PackageRun.h"
+#include "operations/package/PackageRun.h"
 
 namespace larkspur {
 

@@ -1,4 +1,4 @@
-#include "operations/retry/ForcedRetry.h"
+#include "operations/package/ForcedRetry.h"
 
 #include <QFileInfo>
 

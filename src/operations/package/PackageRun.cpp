@@ -1,4 +1,4 @@
-#include "operations/retry/PackageRun.h"
+#include "operations/package/PackageRun.h"
 
 #include "core/async/Worker.h"
 #include "core/authorization/PasswordFailure.h"
@@ -6,9 +6,9 @@
 #include "operations/PackageCommands.h"
 #include "operations/installed/InstalledPackages.h"
 #include "operations/oclp/CopyXattrsStub.h"
-#include "operations/retry/AdministratorTexts.h"
-#include "operations/retry/ForcedRetry.h"
-#include "operations/retry/MovedAside.h"
+#include "operations/package/AdministratorTexts.h"
+#include "operations/package/ForcedRetry.h"
+#include "operations/package/MovedAside.h"
 
 namespace larkspur {
 

@@ -1,4 +1,4 @@
-#include "operations/retry/HeldPin.h"
+#include "operations/package/HeldPin.h"
 
 #include "core/brew/PackageName.h"
 #include "core/files/AtomicFile.h"
