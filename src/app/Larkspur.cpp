@@ -39,7 +39,7 @@ Larkspur::Larkspur(Environment environment)
                    .preferences = m_preferences,
                    .logger = m_logger,
                    .folder = m_environment.locations.snapshots()})
-    , m_restore({m_snapshots, m_kegs, m_rollback})
+    , m_restore({m_snapshots, m_kegs, m_rollback, m_history})
     , m_safeguard({m_snapshots, m_kegs, m_logger})
     , m_packageOperations({.brew = m_brew,
                            .queries = m_queries,

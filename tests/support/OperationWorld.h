@@ -71,9 +71,9 @@ struct OperationWorld : BrewWorld {
     KegPreservationManager kegs{{preferences, logger, copier, path("kegs")}};
     KegRollback rollback{{kegs, logger, path("rollback.json")}};
     SnapshotManager snapshots{{queries, preferences, logger, path("snapshots")}};
-    SnapshotRestore restore{{snapshots, kegs, rollback}};
     UserDataManager userData{path("data"), logger};
     OperationHistory history{userData};
+    SnapshotRestore restore{{snapshots, kegs, rollback, history}};
     UpgradeSafeguard safeguard{{snapshots, kegs, logger}};
     PackageOperations operations{{.brew = brew,
                                   .queries = queries,

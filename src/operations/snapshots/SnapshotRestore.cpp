@@ -1,5 +1,6 @@
 #include "operations/snapshots/SnapshotRestore.h"
 
+#include "operations/OperationHistory.h"
 #include "operations/kegs/KegRollback.h"
 #include "operations/snapshots/SnapshotManager.h"
 
@@ -92,6 +93,7 @@ Task<Result<bool>> SnapshotRestore::perform(OperationKind kind, QList<SnapshotEn
             say(work->setting, QStringLiteral("==> Reinstalling ") + entry.name);
         PackageRun run(work->setting, {.kind = kind}, package);
         const auto end = co_await run.run();
+        m_parts.history.note(kind, package, end == PackageEnd::Done);
         if (!end)
             co_return std::unexpected(end.error());
         work->report->packages.append({package, *end});

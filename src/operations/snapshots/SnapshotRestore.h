@@ -8,6 +8,7 @@
 namespace larkspur {
 
 class KegRollback;
+class OperationHistory;
 class SnapshotManager;
 
 /// Restores a restore point under one hold of the lock: taps, missing packages, removals, versions. What is
@@ -18,6 +19,7 @@ class SnapshotRestore {
         SnapshotManager &snapshots;
         KegPreservationManager &kegs;
         KegRollback &rollback;
+        OperationHistory &history;
     };
     explicit SnapshotRestore(Parts parts);
 

@@ -168,14 +168,20 @@ void TimeMachineScreen::showEvent(QShowEvent *event) {
     compareWithNow();
 }
 
+void TimeMachineScreen::say(const QString &text) {
+    m_problem->setText(text);
+    m_problem->show();
+}
+
 void TimeMachineScreen::compareWithNow() {
+    m_problem->hide();
     m_services.tasks.spawn(QStringLiteral("The look at what is installed"),
                            readNow(&m_services.snapshots, this, [this](std::expected<Snapshot, QString> now) {
-                               m_problem->setVisible(!now);
+                               // What was said meanwhile stays.
                                if (now)
                                    showNow(*now);
                                else
-                                   m_problem->setText(now.error());
+                                   say(now.error());
                            }));
 }
 
@@ -269,8 +275,7 @@ void TimeMachineScreen::take() {
         QStringLiteral("The taking of a restore point"),
         takeNow(&m_services.snapshots, this, [this](std::expected<Snapshot, QString> taken) {
             m_take->setEnabled(true);
-            m_problem->show();
-            m_problem->setText(taken ? tr("Restore point saved") : taken.error());
+            say(taken ? tr("Restore point saved") : taken.error());
         }));
 }
 
@@ -293,10 +298,11 @@ void TimeMachineScreen::compare() {
 }
 
 void TimeMachineScreen::change(Task<bool> task, const QString &failure) {
+    m_problem->hide();
     m_services.tasks.spawn(QStringLiteral("A change of the restore points"),
                            finish(std::move(task), this, [this, failure](bool isDone) {
-                               m_problem->setVisible(!isDone);
-                               m_problem->setText(failure);
+                               if (!isDone)
+                                   say(failure);
                            }));
 }
 

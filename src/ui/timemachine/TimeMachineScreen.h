@@ -49,6 +49,8 @@ class TimeMachineScreen : public Screen {
     /// Runs a change of the files and says so if it failed.
     void change(Task<bool> task, const QString &failure);
     const Snapshot *selected() const;
+    /// A line above the list.
+    void say(const QString &text);
     void compareWithNow();
     void showNow(const Snapshot &now);
     void take();

@@ -62,6 +62,8 @@ class SnapshotRestoreTest : public QObject {
         world.shell.answer("uninstall b", {}, 1, "Error: needed\n");
         const auto report = world.restore(true);
         QCOMPARE(report->count(PackageEnd::Failed), 2);
+        QCOMPARE(world.userData.history().size(), 3); // c, b and d; a tap is no package
+        QVERIFY(!world.userData.history()[1].success && world.userData.history()[2].success);
         QCOMPARE(world.steps().size(), 4);
         QCOMPARE(world.sink->lines().last(),
                  "==> Restore incomplete. Not done: acme/tools, b. Start it again to do the rest.");
