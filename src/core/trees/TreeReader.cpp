@@ -27,15 +27,19 @@ struct CloseFolder {
 };
 
 /// Hash of a file's contents; empty if it cannot be read. It guards against damage, not against malice, and
-/// must keep up with the copying of the same bytes.
-QByteArray hashOf(int folder, const char *name, QByteArray &buffer, XXH3_state_t *state) {
+/// must keep up with the copying of the same bytes: the end of the file is not asked for, `size` tells it.
+QByteArray hashOf(int folder, const char *name, qint64 size, QByteArray &buffer, XXH3_state_t *state) {
     const int file = ::openat(folder, name, O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (file < 0)
         return {};
     XXH3_128bits_reset(state);
     ssize_t count = 0;
-    while ((count = ::read(file, buffer.data(), static_cast<std::size_t>(buffer.size()))) > 0)
+    for (qint64 done = 0; done < size; done += count) {
+        count = ::read(file, buffer.data(), static_cast<std::size_t>(buffer.size()));
+        if (count <= 0)
+            break;
         XXH3_128bits_update(state, buffer.constData(), static_cast<std::size_t>(count));
+    }
     const int reason = errno;
     ::close(file);
     errno = reason;
@@ -153,7 +157,7 @@ void TreeReader::readEntry(int folder, const QByteArray &path, const char *name,
         else
             findings->shared.append({info.st_dev, info.st_ino, bytesOnDisk});
         if (m_depth == TreeScan::Depth::Contents)
-            entry.contents = hashOf(folder, name, findings->buffer, findings->hash.get());
+            entry.contents = hashOf(folder, name, entry.size, findings->buffer, findings->hash.get());
         if (m_depth == TreeScan::Depth::Contents && entry.contents.isEmpty()) {
             fail(path);
             return;
