@@ -7,6 +7,7 @@
 #include "ui/operation/OutputView.h"
 #include "ui/theme/Colours.h"
 #include "ui/theme/Icons.h"
+#include "ui/widgets/ScreenHeader.h"
 
 #include <QApplication>
 #include <QSignalSpy>
@@ -50,6 +51,18 @@ class WidgetsTest : public QObject {
         OutputView late;
         late.follow(&run);
         QVERIFY(spinUntil([&] { return late.toPlainText().endsWith("line 19998\nlast"); }));
+    }
+
+    void aLongSubtitleDoesNotWidenTheWindow() {
+        ScreenHeader header("Updates", "Filter");
+        const int narrow = header.minimumSizeHint().width();
+        const QString text = QString("The check failed: ") + QString(400, 'x');
+        header.setSubtitle(text);
+        QCOMPARE(header.minimumSizeHint().width(), narrow);
+        header.resize(narrow, header.sizeHint().height());
+        header.show();
+        QVERIFY(!header.grab().isNull());
+        QCOMPARE(header.findChild<ElidedLabel *>()->text(), text); // for the tool tip and screen readers
     }
 
     void sidebarHidesWhatSimpleModeLeavesOut() {

@@ -5,6 +5,7 @@
 
 #include "ui/operation/OutputView.h"
 #include "ui/theme/Icons.h"
+#include "ui/widgets/ElidedLabel.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -35,7 +36,7 @@ OperationPanel::OperationPanel(FollowUpBar::Services services, QWidget *parent)
     , m_operations(services.operations)
     , m_picture(new QLabel(this))
     , m_title(new QLabel(this))
-    , m_detail(new QLabel(this))
+    , m_detail(new ElidedLabel(this))
     , m_bar(new QProgressBar(this))
     , m_stop(new QPushButton(icon(QStringLiteral("stop")), tr("Stop"), this))
     , m_toggle(new QToolButton(this))

@@ -12,6 +12,7 @@ class QToolButton;
 
 namespace larkspur::ui {
 
+class ElidedLabel;
 class OutputView;
 
 /// The bar at the bottom that tells how the operation stands, and the output sheet that it opens into. Hidden
@@ -35,7 +36,7 @@ class OperationPanel : public QFrame {
     OperationRun *m_run = nullptr;
     QLabel *m_picture;
     QLabel *m_title;
-    QLabel *m_detail;
+    ElidedLabel *m_detail;
     QProgressBar *m_bar;
     QPushButton *m_stop;
     QToolButton *m_toggle;

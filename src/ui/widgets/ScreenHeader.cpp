@@ -9,7 +9,7 @@ namespace larkspur::ui {
 
 ScreenHeader::ScreenHeader(const QString &title, const QString &filterHint, QWidget *parent)
     : QWidget(parent)
-    , m_subtitle(new QLabel(this))
+    , m_subtitle(new ElidedLabel(this))
     , m_filter(new QLineEdit(this))
     , m_controls(new QHBoxLayout) {
     auto *heading = new QLabel(title, this);
@@ -24,17 +24,16 @@ ScreenHeader::ScreenHeader(const QString &title, const QString &filterHint, QWid
     m_filter->addAction(icon(QStringLiteral("search")), QLineEdit::LeadingPosition);
     m_filter->setMinimumWidth(160);
 
-    auto *texts = new QVBoxLayout;
-    texts->setSpacing(0);
-    texts->addWidget(heading);
-    texts->addWidget(m_subtitle);
+    m_controls->setSpacing(10);
     auto *top = new QHBoxLayout;
-    top->addLayout(texts, 1);
+    top->addWidget(heading, 1);
     top->addLayout(m_controls);
     auto *layout = new QVBoxLayout(this);
-    layout->setContentsMargins(16, 14, 16, 10);
-    layout->setSpacing(10);
+    layout->setContentsMargins(16, 12, 16, 10);
+    layout->setSpacing(0);
     layout->addLayout(top);
+    layout->addWidget(m_subtitle); // below the buttons: it may need the whole width
+    layout->addSpacing(8);
     layout->addWidget(m_filter);
 }
 

@@ -1,7 +1,8 @@
 #pragma once
 
+#include "ui/widgets/ElidedLabel.h"
+
 #include <QBoxLayout>
-#include <QLabel>
 #include <QLineEdit>
 #include <QWidget>
 
@@ -19,7 +20,7 @@ class ScreenHeader : public QWidget {
     void addControl(QWidget *control);
 
   private:
-    QLabel *m_subtitle;
+    ElidedLabel *m_subtitle;
     QLineEdit *m_filter;
     QHBoxLayout *m_controls;
 };
