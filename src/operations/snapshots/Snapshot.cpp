@@ -1,5 +1,7 @@
 #include "operations/snapshots/Snapshot.h"
 
+#include "inventory/decoding/JsonReader.h"
+
 #include <QHash>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -23,19 +25,57 @@ QJsonArray toJson(const QList<SnapshotEntry> &entries) {
     return list;
 }
 
-/// Nothing if an element has no name: a list with a hole would restore the wrong packages.
-std::optional<QList<SnapshotEntry>> entriesFrom(const QJsonValue &value, bool isCask) {
-    if (!value.isArray())
-        return std::nullopt;
+/// Fails if an element has no name or version: a list with a hole would restore the wrong packages.
+QList<SnapshotEntry> decodeEntries(json::Value value, const json::Path &path, bool isCask) {
     QList<SnapshotEntry> entries;
-    for (const QJsonValue &element : value.toArray()) {
-        const QJsonValue name = element.toObject().value(QLatin1String("name"));
-        const QJsonValue version = element.toObject().value(QLatin1String("version"));
-        if (!name.isString() || !version.isString())
-            return std::nullopt;
-        entries.append({name.toString(), version.toString(), isCask});
-    }
+    json::forEachElement(value, path, [&](json::Value element, const json::Path &at) {
+        SnapshotEntry entry{{}, {}, isCask};
+        json::forEachField(element, at,
+                           [&](std::string_view key, json::Value field, const json::Path &where) {
+                               if (key == "name")
+                                   entry.name = json::string(field, where);
+                               else if (key == "version")
+                                   entry.version = json::string(field, where);
+                           });
+        if (entry.name.isNull() || entry.version.isNull())
+            json::failMissing(entry.name.isNull() ? "name" : "version", at);
+        entries.append(std::move(entry));
+    });
     return entries;
+}
+
+SnapshotTrigger decodeTrigger(const QString &name, const json::Path &path) {
+    const auto found = std::ranges::find(triggers, name, snapshotTriggerName);
+    if (found == triggers.end())
+        json::failMissing("trigger", path);
+    return *found;
+}
+
+/// Unknown keys are passed over.
+Snapshot decodeSnapshot(json::Value root, const json::Path &path) {
+    Snapshot snapshot;
+    QStringList missing{QStringLiteral("id"), QStringLiteral("date"), QStringLiteral("trigger"),
+                        QStringLiteral("formulae"), QStringLiteral("casks")};
+    json::forEachField(root, path, [&](std::string_view key, json::Value field, const json::Path &at) {
+        if (key == "id")
+            snapshot.id = QUuid::fromString(json::string(field, at));
+        else if (key == "date")
+            snapshot.date = QDateTime::fromString(json::string(field, at), Qt::ISODateWithMs);
+        else if (key == "trigger")
+            snapshot.trigger = decodeTrigger(json::string(field, at), at);
+        else if (key == "formulae")
+            snapshot.formulae = decodeEntries(field, at, false);
+        else if (key == "casks")
+            snapshot.casks = decodeEntries(field, at, true);
+        else if (key == "taps")
+            snapshot.taps = json::strings(field, at);
+        else if (key == "note")
+            snapshot.note = json::optionalString(field, at);
+        missing.removeAll(QUtf8StringView(key.data(), static_cast<qsizetype>(key.size())).toString());
+    });
+    if (!missing.isEmpty() || snapshot.id.isNull() || !snapshot.date.isValid())
+        json::failMissing("id, date, trigger, formulae or casks", path);
+    return snapshot;
 }
 
 using Names = QHash<QString, const SnapshotEntry *>;
@@ -90,25 +130,8 @@ QByteArray snapshotText(const Snapshot &snapshot) {
 }
 
 std::optional<Snapshot> snapshotFromText(const QByteArray &text) {
-    const QJsonObject json = QJsonDocument::fromJson(text).object();
-    Snapshot snapshot;
-    snapshot.id = QUuid::fromString(json.value(QLatin1String("id")).toString());
-    snapshot.date = QDateTime::fromString(json.value(QLatin1String("date")).toString(), Qt::ISODateWithMs);
-    const auto trigger =
-        std::ranges::find(triggers, json.value(QLatin1String("trigger")).toString(), snapshotTriggerName);
-    auto formulae = entriesFrom(json.value(QLatin1String("formulae")), false);
-    auto casks = entriesFrom(json.value(QLatin1String("casks")), true);
-    if (snapshot.id.isNull() || !snapshot.date.isValid() || trigger == triggers.end() || !formulae || !casks)
-        return std::nullopt;
-    snapshot.trigger = *trigger;
-    snapshot.formulae = std::move(*formulae);
-    snapshot.casks = std::move(*casks);
-    for (const QJsonValue &tap : json.value(QLatin1String("taps")).toArray())
-        if (tap.isString())
-            snapshot.taps.append(tap.toString());
-    if (const QJsonValue note = json.value(QLatin1String("note")); note.isString())
-        snapshot.note = note.toString();
-    return snapshot;
+    auto snapshot = json::document<Snapshot>(text, decodeSnapshot);
+    return snapshot ? std::optional(std::move(*snapshot)) : std::nullopt;
 }
 
 SnapshotDiff compareSnapshots(const Snapshot &older, const Snapshot &newer) {

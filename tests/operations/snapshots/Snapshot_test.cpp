@@ -36,7 +36,13 @@ class SnapshotTest : public QObject {
         QCOMPARE(*snapshotFromText(text), sample());
         QVERIFY(!snapshotFromText(QByteArray(text).replace("preUpgrade", "tomorrow")));
         QVERIFY(!snapshotFromText(QByteArray(text).replace("\"version\"", "\"verse\"")));
-        QVERIFY(!snapshotFromText(text.chopped(20)));
+        for (const char *key : {"id", "date", "trigger", "formulae", "casks"})
+            QVERIFY2(!snapshotFromText(QByteArray(text).replace('"' + QByteArray(key) + '"', "\"other\"")),
+                     key);
+        QVERIFY(!snapshotFromText(QByteArray(text).replace("\"heron\"", "7")));
+        const qsizetype whole = text.trimmed().size();
+        for (qsizetype length = 0; length < whole; ++length) // a disk that was full at any byte
+            QVERIFY(!snapshotFromText(text.first(length)));
         QVERIFY(!snapshotFromText("[]"));
     }
 
