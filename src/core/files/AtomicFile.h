@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/files/FileCalls.h"
+
 #include <QByteArray>
 #include <QFile>
 #include <QString>
@@ -8,10 +10,18 @@
 
 namespace larkspur {
 
-/// Replaces a file as a whole: after a failure or a crash at any step the old content stands. Makes missing
-/// parent folders. `permissions`: of the new file, where they are not to be the usual ones. The error is one
-/// line of text.
+/// Replaces a file as a whole: after a failure, a full disk or a crash at any step the old content stands.
+/// Once it returns the new content is on the disk, power cut or not. Makes missing parent folders; writes
+/// through a link. `permissions`: of the file, where they are not to be those of the old one or the usual
+/// ones. The error is one line of text. Only if it says that the folder could not be synced, the new content
+/// may stand already.
 std::expected<void, QString> writeFileAtomically(const QString &path, const QByteArray &bytes,
-                                                 QFile::Permissions permissions = {});
+                                                 QFile::Permissions permissions = {},
+                                                 const FileCalls &calls = FileCalls());
+
+/// Removes what an interrupted `writeFileAtomically` of a program that is no more has left in a folder.
+void removeUnfinishedFiles(const QString &folder);
+/// Whether there is any.
+bool hasUnfinishedFiles(const QString &folder);
 
 } // namespace larkspur

@@ -1,9 +1,12 @@
 #include "core/trees/TreeChanges.h"
 
+#include "core/trees/LinkCheck.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 
@@ -54,20 +57,26 @@ std::expected<void, QString> linkEntry(const fs::directory_entry &entry, const f
 
 } // namespace
 
-bool removeTree(const QString &folder) {
+std::expected<void, QString> removeTree(const QString &root, const QString &folder) {
+    if (const auto isOurs = withoutLinks(root, folder); !isOurs)
+        return isOurs;
     const fs::path path = pathOf(folder);
     std::error_code error;
     if (!fs::exists(fs::symlink_status(path, error)))
-        return true;
+        return {};
     fs::remove_all(path, error);
     if (!error)
-        return true;
+        return {};
     openFolders(path);
     fs::remove_all(path, error);
-    return !error;
+    return error ? std::expected<void, QString>(std::unexpected(textOf(error, path)))
+                 : std::expected<void, QString>();
 }
 
-std::expected<void, QString> linkTree(const QString &from, const QString &to) {
+std::expected<void, QString> linkTree(const QString &root, const QString &from, const QString &to) {
+    for (const QString &path : {from, to})
+        if (const auto isOurs = withoutLinks(root, path); !isOurs)
+            return isOurs;
     QDir().mkpath(QFileInfo(to).absolutePath());
     std::error_code error;
     fs::create_directory(pathOf(to), error);
@@ -82,9 +91,14 @@ std::expected<void, QString> linkTree(const QString &from, const QString &to) {
     return {};
 }
 
-bool moveTree(const QString &from, const QString &to) {
+std::expected<void, QString> moveTree(const QString &root, const QString &from, const QString &to) {
+    for (const QString &path : {from, to})
+        if (const auto isOurs = withoutLinks(root, path); !isOurs)
+            return isOurs;
     QDir().mkpath(QFileInfo(to).absolutePath());
-    return std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0;
+    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) == 0)
+        return {};
+    return std::unexpected(textOf(std::error_code(errno, std::generic_category()), pathOf(from)));
 }
 
 } // namespace larkspur

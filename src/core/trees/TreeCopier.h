@@ -18,8 +18,9 @@ class TreeCopier {
     /// `tool`: program and options; source and target are added.
     TreeCopier(ShellExecutor &shell, QStringList tool);
 
-    /// `to` must not exist. The error is one line of text; what was copied until then stays.
-    Task<std::expected<void, QString>> copy(QString from, QString to, StopToken stop = {});
+    /// `to` must not exist. `keptOpen`: a descriptor that the copying tool holds as long as it lives. The
+    /// error is one line of text; what was copied until then stays.
+    Task<std::expected<void, QString>> copy(QString from, QString to, StopToken stop = {}, int keptOpen = -1);
 
   private:
     ShellExecutor &m_shell;

@@ -155,7 +155,7 @@ void TreeReader::readEntry(int folder, const QByteArray &path, const char *name,
         if (info.st_nlink < 2)
             findings->bytesOnDisk += bytesOnDisk;
         else
-            findings->shared.append({info.st_dev, info.st_ino, bytesOnDisk});
+            findings->shared.append({static_cast<quint64>(info.st_dev), info.st_ino, bytesOnDisk});
         if (m_depth == TreeScan::Depth::Contents)
             entry.contents = hashOf(folder, name, entry.size, findings->buffer, findings->hash.get());
         if (m_depth == TreeScan::Depth::Contents && entry.contents.isEmpty()) {

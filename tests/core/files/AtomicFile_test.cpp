@@ -1,15 +1,67 @@
 #include "core/files/AtomicFile.h"
-#include "core/settings/Preferences.h"
+#include "core/files/WholeFile.h"
 #include "tests/support/Fixture.h"
 
 #include <QDir>
+#include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
+
+#include <cerrno>
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace larkspur;
 using namespace larkspur::test;
 
-/// Files and preferences that people trust.
+namespace {
+
+/// A disk that fails at one step.
+class FailingCalls final : public FileCalls {
+  public:
+    explicit FailingCalls(QString step)
+        : m_step(std::move(step)) {}
+    int create(const QByteArray &path) const override {
+        return fails("create") ? -1 : FileCalls::create(path);
+    }
+    ssize_t write(int file, const char *bytes, std::size_t size) const override {
+        if (fails("write"))
+            return -1;
+        if (m_step == "none")
+            return 0;
+        if (m_step == "half" && size > 5000)
+            return FileCalls::write(file, bytes, 5000);
+        return fails("half") ? -1 : FileCalls::write(file, bytes, size);
+    }
+    int setMode(int file, mode_t mode) const override {
+        return fails("mode") ? -1 : FileCalls::setMode(file, mode);
+    }
+    int sync(int file) const override { return fails("sync") ? -1 : FileCalls::sync(file); }
+    off_t size(int file) const override { return m_step == "size" ? 0 : FileCalls::size(file); }
+    int close(int file) const override {
+        const int result = FileCalls::close(file);
+        return fails("close") ? -1 : result;
+    }
+    int rename(const QByteArray &from, const QByteArray &to) const override {
+        return fails("rename") ? -1 : FileCalls::rename(from, to);
+    }
+    int syncFolder(const QByteArray &folder) const override {
+        return fails("folder") ? -1 : FileCalls::syncFolder(folder);
+    }
+
+  private:
+    bool fails(const char *step) const {
+        errno = ENOSPC;
+        return m_step == step;
+    }
+    QString m_step;
+};
+
+} // namespace
+
+/// Files that people trust.
 class AtomicFileTest : public QObject {
     Q_OBJECT
   private Q_SLOTS:
@@ -37,20 +89,79 @@ class AtomicFileTest : public QObject {
         QCOMPARE(Fixture::read(folder.filePath("file")), "x");
     }
 
-    void preferencesWithOddValuesReadAsTheirDefault() {
-        Fixture fixture;
-        Preferences &preferences = fixture.preferences;
-        QSignalSpy changes(&preferences, &Preferences::changed);
-        QVERIFY(!preferences.boolean("missing"));
-        QVERIFY(preferences.boolean("missing", true));
-        preferences.set("list", QStringList{"a"});
-        QCOMPARE(preferences.strings("list"), QStringList{"a"});
-        QCOMPARE(preferences.strings("missing"), QStringList());
-        preferences.set("list", QStringList{"a"}); // nothing new
-        preferences.set("list", QStringList{"a", "b"});
-        QCOMPARE(changes.count(), 2);
-        preferences.set("geometry", QByteArray("\x00\xff", 2));
-        QCOMPARE(preferences.bytes("geometry"), QByteArray("\x00\xff", 2));
+    void aDiskThatFailsAtAnyStepKeepsTheOld_data() {
+        QTest::addColumn<QString>("step");
+        for (const char *step :
+             {"create", "mode", "write", "half", "none", "sync", "size", "close", "rename", "folder"})
+            QTest::newRow(step) << step;
+    }
+    void aDiskThatFailsAtAnyStepKeepsTheOld() {
+        QFETCH(QString, step);
+        QTemporaryDir folder;
+        const QString path = folder.filePath("file.json");
+        QVERIFY(writeFileAtomically(path, "old"));
+        const FailingCalls calls(step);
+        const auto written = writeFileAtomically(path, QByteArray(10'000, 'n'), {}, calls);
+        QVERIFY(!written && !written.error().isEmpty());
+        // Only where the names of the folder cannot be synced the new one stands already.
+        QCOMPARE(Fixture::read(path), step == "folder" ? QString(10'000, 'n') : "old");
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"file.json"});
+    }
+
+    void aFullVolumeKeepsTheOld() {
+        // Without a volume of one's own: a limit on the size of files fails writes as a full disk does.
+        QTemporaryDir folder;
+        const QString path = folder.filePath("file.json");
+        QVERIFY(writeFileAtomically(path, "old"));
+        rlimit before{};
+        ::getrlimit(RLIMIT_FSIZE, &before);
+        const rlimit small{4096, before.rlim_max};
+        std::signal(SIGXFSZ, SIG_IGN);
+        ::setrlimit(RLIMIT_FSIZE, &small);
+        const auto written = writeFileAtomically(path, QByteArray(5000, 'n')); // fits into any buffer
+        ::setrlimit(RLIMIT_FSIZE, &before);
+        QVERIFY(!written);
+        QCOMPARE(Fixture::read(path), "old");
+    }
+
+    void permissionsAndLinksStay() {
+        QTemporaryDir folder;
+        Fixture::write(folder.filePath("real"), "old");
+        QFile::setPermissions(folder.filePath("real"), QFile::ReadOwner | QFile::WriteOwner);
+        QVERIFY(QFile::link(folder.filePath("real"), folder.filePath("link")));
+        QVERIFY(writeFileAtomically(folder.filePath("link"), "new"));
+        QVERIFY(QFileInfo(folder.filePath("link")).isSymLink());
+        QCOMPARE(Fixture::read(folder.filePath("real")), "new");
+        QVERIFY(!(QFile::permissions(folder.filePath("real")) & (QFile::ReadGroup | QFile::ReadOther)));
+    }
+
+    void whatADeadWriterLeftIsRemoved() {
+        QTemporaryDir folder;
+        QProcess dead;
+        dead.start("true", QStringList());
+        dead.waitForStarted();
+        const auto id = dead.processId();
+        QVERIFY(dead.waitForFinished());
+        Fixture::write(folder.filePath(QString(".a.json.%1-0.new").arg(id)), "half");
+        Fixture::write(folder.filePath(QString(".a.json.%1-0.new").arg(::getpid())), "under way");
+        Fixture::write(folder.filePath("mine.new"), "mine");
+        QVERIFY(hasUnfinishedFiles(folder.path()));
+        removeUnfinishedFiles(folder.path());
+        QVERIFY(!hasUnfinishedFiles(folder.path()));
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden).size(), 2);
+    }
+
+    void filesThatAreTrapsAreNotRead() {
+        QTemporaryDir folder;
+        const QString path = folder.filePath("file");
+        QVERIFY(readWholeFile(path, 10).error().isMissing);
+        Fixture::write(path, "12345678901");
+        QVERIFY(!readWholeFile(path, 10) && !readWholeFile(path, 10).error().isMissing);
+        QCOMPARE(*readWholeFile(path, 11), "12345678901");
+        QVERIFY(!readWholeFile(folder.path(), 10));
+        QVERIFY(!readWholeFile("/dev/zero", 10));
+        QCOMPARE(::mkfifo(qPrintable(folder.filePath("pipe")), 0600), 0);
+        QVERIFY(!readWholeFile(folder.filePath("pipe"), 10)); // does not wait for a writer
     }
 };
 

@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QTest>
 
+#include <unistd.h>
+
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -54,7 +56,7 @@ class TreesTest : public QObject {
         QVERIFY(read && read->entries == before.entries && read->bytesOnDisk == before.bytesOnDisk);
         QVERIFY(!TreeScan::fromText(before.toText().chopped(9))); // cut
         QVERIFY(!TreeScan::fromText("f 644 x\nend 0\n"));
-        QVERIFY(removeTree(root)); // read-only folder and all
+        QVERIFY(removeTree(fixture.folder.path(), root)); // read-only folder and all
         QVERIFY(!QFile::exists(root));
     }
 
@@ -99,6 +101,17 @@ class TreesTest : public QObject {
         QVERIFY(!TreeScan::of(fixture.path("file"), TreeScan::Depth::Contents));
     }
 
+    void aFileThatCannotBeReadIsNoCopy() {
+        if (::geteuid() == 0)
+            QSKIP("root may read everything");
+        Fixture fixture;
+        QDir().mkpath(fixture.path("keg"));
+        Fixture::write(fixture.path("keg/secret"), "x");
+        QFile::setPermissions(fixture.path("keg/secret"), {});
+        const auto scan = TreeScan::of(fixture.path("keg"), TreeScan::Depth::Contents);
+        QVERIFY(!scan && scan.error().contains("secret"));
+    }
+
     void manyFoldersAreReadOnce() {
         Fixture fixture;
         const QString root = fixture.path("wide");
@@ -118,15 +131,45 @@ class TreesTest : public QObject {
     void hardLinksAreTheSameTreeAgain() {
         Fixture fixture;
         const QString root = makeTree(fixture);
-        const auto linked = linkTree(root, fixture.path("aside/keg"));
+        const QString around = fixture.folder.path();
+        const auto linked = linkTree(around, root, fixture.path("aside/keg"));
         QVERIFY2(linked, qPrintable(linked ? QString() : linked.error()));
         QVERIFY(scan(root).matches(scan(fixture.path("aside/keg"))));
         const TreeScan before = scan(root);
-        QVERIFY(removeTree(root)); // does not touch the other
-        QVERIFY(moveTree(fixture.path("aside/keg"), root));
+        QVERIFY(removeTree(around, root)); // does not touch the other
+        QVERIFY(moveTree(around, fixture.path("aside/keg"), root));
         QVERIFY(before.matches(scan(root)));
-        QVERIFY(removeTree(root) && removeTree(fixture.path("never there")));
-        QVERIFY(!linkTree(fixture.path("none"), fixture.path("to")));
+        QVERIFY(removeTree(around, root) && removeTree(around, fixture.path("never there")));
+        QVERIFY(!linkTree(around, fixture.path("none"), fixture.path("to")));
+    }
+
+    void whatALinkLeadsToIsNotTouched() {
+        Fixture fixture;
+        const QString documents = fixture.path("Documents");
+        QVERIFY(QDir().mkpath(documents + "/x/letters") && QDir().mkpath(fixture.path("prefix/own/x")));
+        Fixture::write(documents + "/x/letters/file", "mine");
+        QFile::setPermissions(documents, QFile::ReadOwner | QFile::ExeOwner | QFile::WriteOwner);
+        const TreeScan before = scan(documents);
+        // The root may be reached through a link; what lies below it may not.
+        QVERIFY(QFile::link(fixture.path("prefix"), fixture.path("root")));
+        const QString root = fixture.path("root");
+        QVERIFY(QFile::link(documents, root + "/link"));
+        for (const QString &path : {root + "/link", root + "/link/x", root + "/link/x/letters", documents,
+                                    root + "/../Documents/x", root + "/link/../own", root}) {
+            QVERIFY2(!removeTree(root, path), qPrintable(path));
+            QVERIFY2(!moveTree(root, path, root + "/moved"), qPrintable(path));
+            QVERIFY2(path == root || !moveTree(root, root + "/own/x", path + "/new"), qPrintable(path));
+            QVERIFY2(!linkTree(root, path, root + "/linked"), qPrintable(path));
+        }
+        QVERIFY(removeTree(root, root + "/link").error().contains("/link is a link"));
+        QVERIFY(before.matches(scan(documents)) && QFileInfo(root + "/link").isSymLink());
+        QVERIFY(QFile::link(documents, root + "/own/x/inside")); // goes, and what it leads to stays
+        QFile::setPermissions(documents + "/x", QFile::ReadOwner | QFile::ExeOwner);
+        const TreeScan closed = scan(documents);
+        QFile::setPermissions(root + "/own/x", QFile::ReadOwner | QFile::ExeOwner); // is opened for that
+        QVERIFY(removeTree(root, root + "/own"));
+        QVERIFY(closed.matches(scan(documents)) && !QFile::exists(root + "/own"));
+        QFile::setPermissions(documents + "/x", QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 };
 
