@@ -1,13 +1,18 @@
 #pragma once
 
-#include <QString>
+#include <QStringList>
 
-#include <optional>
+#include <expected>
+
+#include <sys/file.h>
 
 namespace larkspur {
 
-/// A lock between processes: a file that a living process holds. The system lets go of it when that process
-/// ends, however it ends, so that a file left by a crash is nobody's lock and is taken over.
+class ProcessTable;
+
+/// A lock between processes: a file that a living process holds, and that names who took it. The system lets
+/// go of it when the last process that has it open ends, however it ends: a file left by a crash is nobody's
+/// lock and is taken over, unless a child that was given the descriptor lives on.
 class LockFile {
   public:
     LockFile(LockFile &&other) noexcept;
@@ -15,10 +20,20 @@ class LockFile {
     /// Lets go and removes the file.
     ~LockFile() { release(); }
 
-    enum class Refusal { HeldByAnother, NotWritable };
+    struct Refusal {
+        bool isHeld = false; ///< by another; any other refusal will not pass by waiting
+        QString reason = {}; ///< one line of text
+    };
 
-    /// Takes the lock if it is free; does not wait.
-    static std::optional<LockFile> tryTake(const QString &path, Refusal &why);
+    /// Takes the lock if it is free; does not wait. `lock`: the system's call, for tests.
+    static std::expected<LockFile, Refusal> tryTake(const QString &path, int (*lock)(int, int) = ::flock);
+
+    /// Those who go on holding the lock at the path although the process that took it has ended, "NAME (PID
+    /// 12)" each. Nobody while that lives, and where the system does not tell.
+    static QStringList orphansAt(const QString &path, const ProcessTable &processes);
+
+    /// The open file, for a child that is to hold the lock as long as it lives.
+    int descriptor() const { return m_file; }
 
   private:
     LockFile(QString path, int file);

@@ -1,7 +1,6 @@
 #include "core/lock/OperationLock.h"
 
 #include "core/async/Completion.h"
-#include "core/log/Logger.h"
 
 #include <QTimer>
 
@@ -21,42 +20,40 @@ Task<> pause(std::chrono::milliseconds time) {
 
 } // namespace
 
-OperationLock::OperationLock(QString lockFilePath, Logger &logger)
+OperationLock::OperationLock(QString lockFilePath, const ProcessTable &processes)
     : m_path(std::move(lockFilePath))
-    , m_logger(logger) {}
+    , m_processes(processes) {}
 
-Task<std::optional<OperationLock::Permit>> OperationLock::acquire(StopToken stop,
-                                                                  std::function<void()> onWait) {
-    bool hasWaited = isHeld();
-    if (hasWaited && onWait)
-        onWait();
+Task<Result<OperationLock::Permit>> OperationLock::acquire(StopToken stop,
+                                                           std::function<void(const QStringList &)> onWait) {
+    std::optional<QStringList> told; // what the caller knows about those who hold it
+    const auto tell = [&](const QStringList &orphans) {
+        if (onWait && told != orphans)
+            onWait(orphans);
+        told = orphans;
+    };
+    if (isHeld())
+        tell({});
     auto turn = co_await m_turn.acquire(stop);
-    if (!turn)
-        co_return std::nullopt;
-    while (!stop.stop_requested()) {
-        LockFile::Refusal why{};
-        auto file = LockFile::tryTake(m_path, why);
-        if (!file && why == LockFile::Refusal::NotWritable)
-            m_logger.warn(QStringLiteral("The lock file %1 cannot be written").arg(m_path));
-        if (file || why == LockFile::Refusal::NotWritable)
-            co_return std::optional<Permit>(std::in_place, std::move(*turn), std::move(file));
-        if (!hasWaited && onWait)
-            onWait();
-        hasWaited = true;
+    while (turn && !stop.stop_requested()) {
+        auto file = LockFile::tryTake(m_path);
+        if (file)
+            co_return Permit(std::move(*turn), std::move(*file));
+        if (!file.error().isHeld)
+            co_return std::unexpected(BrewError::commandFailed(
+                QStringLiteral("The operation lock cannot be taken. ") + file.error().reason));
+        if (!told || told->isEmpty()) // afterwards it is known
+            tell(LockFile::orphansAt(m_path, m_processes));
         co_await pause(lookAgainAfter);
     }
-    co_return std::nullopt;
+    co_return std::unexpected(BrewError::stopped());
 }
 
-Task<std::optional<OperationLock::Permit>> OperationLock::tryAcquire() {
-    if (isHeld())
-        co_return std::nullopt;
-    auto turn = co_await m_turn.acquire({}); // free: comes at once
-    LockFile::Refusal why{};
-    auto file = LockFile::tryTake(m_path, why);
-    if (!file)
-        co_return std::nullopt;
-    co_return std::optional<Permit>(std::in_place, std::move(*turn), std::move(file));
+OperationLock::Others OperationLock::others() const {
+    const auto file = isHeld() ? std::unexpected(LockFile::Refusal{}) : LockFile::tryTake(m_path);
+    if (file || !file.error().isHeld)
+        return {};
+    return {.areThere = true, .orphans = LockFile::orphansAt(m_path, m_processes)};
 }
 
 } // namespace larkspur

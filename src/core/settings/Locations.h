@@ -30,11 +30,9 @@ struct Locations {
     QString cacheFolder() const { return dataFolder + QStringLiteral("/Cache"); }
     QString askpassScript() const { return dataFolder + QStringLiteral("/larkspur-askpass.sh"); }
     QString askpassSecret() const { return dataFolder + QStringLiteral("/.askpass-secret"); }
-    QString movedAsideNote() const { return dataFolder + QStringLiteral("/moved-aside.json"); }
-    QString heldPinNote() const { return dataFolder + QStringLiteral("/held-pin.json"); }
+    QString crashNotes() const { return dataFolder + QStringLiteral("/CrashNotes"); }
     QString preservedKegs() const { return dataFolder + QStringLiteral("/PreservedKegs"); }
     QString snapshots() const { return dataFolder + QStringLiteral("/Snapshots"); }
-    QString rollbackNote() const { return dataFolder + QStringLiteral("/rollback.json"); }
     QString operationLock() const { return dataFolder + QStringLiteral("/operation.lock"); }
 };
 

@@ -1,11 +1,16 @@
 #include "core/lock/OperationLock.h"
+#include "core/process/ProcessTable.h"
 #include "tests/support/Await.h"
 #include "tests/support/Fixture.h"
 
 #include <QProcess>
 #include <QTest>
 
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 using namespace larkspur;
 using namespace larkspur::test;
@@ -14,17 +19,28 @@ using namespace larkspur::test;
 class OperationLockTest : public QObject {
     Q_OBJECT
 
+    /// A brew that goes on after its program.
+    struct Survivor final : ProcessTable {
+        std::optional<QList<qint64>> membersOf(qint64) const override { return std::nullopt; }
+        QList<qint64> holdersOf(int) const override { return {42}; }
+        QString nameOf(qint64) const override { return "ruby"; }
+    };
+
+    const NullProcessTable nobody;
+
   private Q_SLOTS:
     void theSecondProgramWaitsForTheFirst() {
         Fixture fixture;
-        OperationLock first(fixture.path("lock"), fixture.logger);
-        OperationLock second(fixture.path("lock"), fixture.logger);
-        auto held = await(first.acquire({}, [] { QFAIL("the lock is free"); }));
-        QVERIFY(held && !await(second.tryAcquire()) && !await(first.tryAcquire()));
+        OperationLock first(fixture.path("lock"), nobody);
+        OperationLock second(fixture.path("lock"), nobody);
+        auto taken = await(first.acquire({}, [](const QStringList &) { QFAIL("the lock is free"); }));
+        QVERIFY(taken);
+        std::optional<OperationLock::Permit> held = std::move(*taken);
+        QVERIFY(held && first.isHeld());
         int waits = 0;
         bool isThrough = false;
         const auto other = [](OperationLock *lock, int *said, bool *through) -> Task<> {
-            const auto permit = co_await lock->acquire({}, [said] { ++*said; });
+            const auto permit = co_await lock->acquire({}, [said](const QStringList &) { ++*said; });
             *through = permit.has_value();
         };
         [[maybe_unused]] const auto waiting = other(&second, &waits, &isThrough);
@@ -37,11 +53,11 @@ class OperationLockTest : public QObject {
 
     void waitingCanBeStopped() {
         Fixture fixture;
-        OperationLock first(fixture.path("lock"), fixture.logger);
-        OperationLock second(fixture.path("lock"), fixture.logger);
+        OperationLock first(fixture.path("lock"), nobody);
+        OperationLock second(fixture.path("lock"), nobody);
         const auto held = await(first.acquire({}, {}));
         StopSource stop;
-        const auto onWait = [&] { stop.request_stop(); };
+        const auto onWait = [&](const QStringList &) { stop.request_stop(); };
         QVERIFY(!await(second.acquire(stop.get_token(), onWait)));
         QVERIFY(!second.isHeld());
     }
@@ -52,21 +68,88 @@ class OperationLockTest : public QObject {
         holder.start("flock", {"--no-fork", fixture.path("lock"), "cat"});
         holder.write("held\n"); // comes back once the lock is taken
         QVERIFY(holder.waitForReadyRead());
-        OperationLock lock(fixture.path("lock"), fixture.logger);
-        QVERIFY(!await(lock.tryAcquire()));
+        OperationLock lock(fixture.path("lock"), nobody);
+        StopSource stop;
+        QVERIFY(!await(lock.acquire(stop.get_token(), [&](const QStringList &) { stop.request_stop(); })));
         holder.kill();
         QVERIFY(holder.waitForFinished());
         QVERIFY(QFile::exists(fixture.path("lock")));
         QVERIFY(await(lock.acquire({}, {})));
     }
 
-    void withoutAFileTheLockHoldsInTheProgram() {
+    void whatIsNotHeldByAnotherIsSaid() {
         Fixture fixture;
         Fixture::write(fixture.path("file"), {});
-        OperationLock lock(fixture.path("file/lock"), fixture.logger);
-        const auto held = await(lock.acquire({}, {}));
-        QVERIFY(held && lock.isHeld());
-        QVERIFY(fixture.logText().contains("cannot be written"));
+        OperationLock lock(fixture.path("file/lock"), nobody);
+        const auto refused = await(lock.acquire({}, [](const QStringList &) { QFAIL("nobody holds it"); }));
+        QVERIFY(!refused && refused.error().description().contains(fixture.path("file/lock")));
+        QVERIFY(!lock.isHeld());
+        // A file system without locks.
+        const auto noLocks = LockFile::tryTake(fixture.path("lock"), [](int, int) {
+            errno = ENOLCK;
+            return -1;
+        });
+        QVERIFY(!noLocks && !noLocks.error().isHeld && noLocks.error().reason.contains("locks"));
+        const auto held = LockFile::tryTake(fixture.path("lock"));
+        const auto second = LockFile::tryTake(fixture.path("lock"));
+        QVERIFY(held && !second && second.error().isHeld);
+    }
+
+    void whoEndsWhileOneWaitsIsStillNamed() {
+        Fixture fixture;
+        const Survivor processes;
+        QProcess gone;
+        gone.start("true", QStringList());
+        QVERIFY(gone.waitForStarted());
+        const QByteArray dead = QByteArray::number(gone.processId());
+        QVERIFY(gone.waitForFinished());
+        const auto held = LockFile::tryTake(fixture.path("lock")); // by a program that runs
+        OperationLock lock(fixture.path("lock"), processes);
+        StopSource stop;
+        QList<QStringList> told;
+        const auto onWait = [&](const QStringList &orphans) {
+            told.append(orphans);
+            Fixture::write(fixture.path("lock"), dead); // it has ended since
+            if (told.size() == 2)
+                stop.request_stop();
+        };
+        QVERIFY(!await(lock.acquire(stop.get_token(), onWait)));
+        QCOMPARE(told, QList<QStringList>({{}, {"ruby (PID 42)"}}));
+    }
+
+    void aFileThatIsRemovedBeforeItIsLockedIsNoLock() {
+        Fixture fixture;
+        static QString path; // its last holder lets go between the opening and the locking
+        path = fixture.path("lock");
+        const auto taken = LockFile::tryTake(path, [](int file, int how) {
+            if (const QString gone = std::exchange(path, {}); !gone.isEmpty())
+                QFile::remove(gone);
+            return ::flock(file, how);
+        });
+        QVERIFY(taken);
+        QVERIFY(!LockFile::tryTake(fixture.path("lock"))); // or two would hold it
+    }
+
+    void aChildThatOutlivesTheProgramHoldsTheLock() {
+        Fixture fixture;
+        QProcess orphan;
+        {
+            // The program takes the lock, starts a child that keeps it open, and dies without letting go.
+            auto file = LockFile::tryTake(fixture.path("lock"));
+            QVERIFY(file);
+            const int kept = ::dup(file->descriptor());
+            orphan.setChildProcessModifier([kept] { ::fcntl(kept, F_SETFD, 0); });
+            orphan.start("sh", {"-c", "echo begun; cat"});
+            QVERIFY(orphan.waitForReadyRead());
+            ::close(kept);
+            QVERIFY(::link(qPrintable(fixture.path("lock")), qPrintable(fixture.path("kept"))) == 0);
+        }
+        QVERIFY(::rename(qPrintable(fixture.path("kept")), qPrintable(fixture.path("lock"))) == 0);
+        const auto refused = LockFile::tryTake(fixture.path("lock"));
+        QVERIFY(!refused && refused.error().isHeld);
+        orphan.closeWriteChannel();
+        QVERIFY(orphan.waitForFinished());
+        QVERIFY(LockFile::tryTake(fixture.path("lock")));
     }
 };
 
