@@ -9,16 +9,18 @@ namespace larkspur {
 SudoAuth::SudoAuth(Parts parts)
     : m_parts(parts) {}
 
-Task<std::optional<Password>> SudoAuth::requestPassword(QString reason, StopToken stop) {
+Task<std::optional<Password>> SudoAuth::requestPassword(PasswordRequest request, StopToken stop) {
     const auto turn = co_await m_turn.acquire(stop);
     if (!turn)
         co_return std::nullopt;
     m_parts.memory.forbidDumps();
-    if (std::optional<Password> copy = co_await m_parts.stored.unlock())
-        co_return std::optional<Password>(copy);
+    // A finger that answers by habit would not see the warning of an unusual request.
+    if (!request.isUnusual)
+        if (std::optional<Password> copy = co_await m_parts.stored.unlock())
+            co_return std::optional<Password>(copy);
     if (stop.stop_requested())
         co_return std::nullopt;
-    m_prompt.emplace(Prompt{.reason = std::move(reason)});
+    m_prompt.emplace(Prompt{.request = presentable(std::move(request))});
     Completion<std::optional<Password>> answer = m_prompt->answer;
     const std::stop_callback onStop(stop, [this] { cancel(); });
     Q_EMIT changed();

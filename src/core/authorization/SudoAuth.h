@@ -4,6 +4,7 @@
 #include "core/async/FairSemaphore.h"
 #include "core/async/Task.h"
 #include "core/authorization/Password.h"
+#include "core/authorization/PasswordRequest.h"
 #include "core/authorization/PasswordVerifier.h"
 
 #include <QObject>
@@ -30,11 +31,13 @@ class SudoAuth : public QObject {
     explicit SudoAuth(Parts parts);
 
     /// The verified password, from the stored copy or from the person; nothing if they cancel or `stop` is
-    /// requested. A second request waits until the first is answered.
-    Task<std::optional<Password>> requestPassword(QString reason, StopToken stop = {});
+    /// requested. An unusual request is always shown to the person. A second one waits until the first is
+    /// answered.
+    Task<std::optional<Password>> requestPassword(PasswordRequest request, StopToken stop = {});
 
     bool isPrompting() const { return m_prompt.has_value(); }
-    QString reason() const { return m_prompt ? m_prompt->reason : QString(); }
+    /// What is asked for, fit to be shown.
+    PasswordRequest request() const { return m_prompt ? m_prompt->request : PasswordRequest(); }
     /// Why the last answer was not taken; empty if there is nothing to say.
     QString error() const { return m_prompt ? m_prompt->error : QString(); }
     bool isVerifying() const { return m_prompt && m_prompt->isVerifying; }
@@ -51,7 +54,7 @@ class SudoAuth : public QObject {
 
   private:
     struct Prompt {
-        QString reason;
+        PasswordRequest request;
         QString error = {};
         bool isVerifying = false;
         Completion<std::optional<Password>> answer = {};

@@ -47,11 +47,8 @@ QProcessEnvironment childEnvironment(const ChildEnvironmentInputs &inputs, const
     }
     for (auto entry = command.environment.cbegin(); entry != command.environment.cend(); ++entry)
         environment.insert(entry.key(), entry.value());
-    if (command.password)
-        environment.insert(QStringLiteral("LARKSPUR_ASKPASS_PASSWORD"),
-                           QString::fromUtf8(command.password->utf8()));
-    else
-        environment.remove(QStringLiteral("LARKSPUR_ASKPASS_PASSWORD"));
+    environment.remove(
+        QStringLiteral("LARKSPUR_ASKPASS_PASSWORD")); // only a child's own password stands there
     return environment;
 }
 

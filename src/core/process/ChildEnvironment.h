@@ -17,7 +17,7 @@ struct ChildEnvironmentInputs {
 };
 
 /// The environment for one command: search path, askpass program, Homebrew's switches, the person's own
-/// Homebrew configuration, and last the command's own entries.
+/// Homebrew configuration, and last the command's own entries. A password is not in it: see `ChildStart`.
 QProcessEnvironment childEnvironment(const ChildEnvironmentInputs &inputs, const ShellCommand &command);
 
 /// The HOMEBREW_ variables in the output of `env` that a login shell ran, without those that would choose

@@ -1,5 +1,7 @@
 #include "core/process/ChildProcess.h"
 
+#include "core/process/ChildStart.h"
+
 #include <array>
 #include <cerrno>
 #include <unistd.h>
@@ -10,26 +12,26 @@ using namespace std::chrono_literals;
 
 namespace {
 
-constexpr auto groupPoll = 50ms;           // how often survivors of a stopped group are looked for
 constexpr auto terminalDrainLimit = 500ms; // a descendant may hold the terminal open for ever
 constexpr int terminalReadsAtOnce = 16;    // then other events get their turn
 
 } // namespace
 
-ChildProcess::ChildProcess(ShellCommand command, QProcessEnvironment environment, PseudoTerminal &terminal,
-                           std::chrono::milliseconds grace)
+ChildProcess::ChildProcess(ShellCommand command, const QProcessEnvironment &environment, const System &system)
     : m_command(std::move(command))
-    , m_terminal(terminal)
-    , m_grace(grace)
-    , m_output(m_command.mode, m_command.onOutput) {
+    , m_terminal(system.terminal)
+    , m_groupEnd(system.processes, m_descendants, system.grace)
+    , m_output(m_command.mode, m_command.captureLimit, m_command.onOutput) {
     m_process.setProgram(m_command.program);
     m_process.setArguments(m_command.arguments);
     m_process.setProcessEnvironment(environment);
     m_process.setStandardInputFile(QProcess::nullDevice());
-    m_process.setChildProcessModifier([] { ::setsid(); });
     m_result.commandLine = m_command.commandLine();
-    m_killTimer.setSingleShot(true);
-    connect(&m_killTimer, &QTimer::timeout, this, [this] { m_group.kill(); });
+    connect(&m_groupEnd, &GroupEnd::ended, this, &ChildProcess::onGroupEnded);
+    connect(&m_groupEnd, &GroupEnd::survived, this, [this](const QString &line) {
+        m_output.add(line);
+        Q_EMIT noticed(line);
+    });
     connect(&m_silenceTimer, &QTimer::timeout, this, &ChildProcess::checkSilence);
 }
 
@@ -50,7 +52,15 @@ Completion<ShellResult> ChildProcess::start() {
         }
         m_connection = std::move(*connection);
     }
+    if (m_command.keptOpen >= 0)
+        m_descendants.prepare();
+    const ChildStart start(m_process, m_connection.get(), m_command.password, m_command.keptOpen,
+                           m_descendants);
+    m_process.setChildProcessModifier([&start] { start.run(); });
     m_process.start();
+    m_process.setChildProcessModifier({});
+    m_descendants.childStarted();
+    m_command.password.reset(); // the child has it
     return m_done;
 }
 
@@ -109,6 +119,8 @@ void ChildProcess::take(OutputChannel channel, QByteArrayView bytes) {
         return;
     m_silence.start();
     m_output.take(channel, bytes);
+    if (m_output.isOverLimit())
+        requestEnd(ProcessEnd::TooLong);
 }
 
 void ChildProcess::checkSilence() {
@@ -120,11 +132,13 @@ void ChildProcess::checkSilence() {
 }
 
 void ChildProcess::requestEnd(ProcessEnd why) {
-    if (m_forcedEnd || m_process.state() == QProcess::NotRunning)
+    if (m_forcedEnd)
         return;
-    m_forcedEnd = why;
-    m_group.terminate();
-    m_killTimer.start(m_grace);
+    const bool isRunning = m_process.state() != QProcess::NotRunning;
+    if (isRunning || why == ProcessEnd::TooLong) // which its last words can be
+        m_forcedEnd = why;
+    if (isRunning)
+        m_groupEnd.begin(m_group);
 }
 
 void ChildProcess::onFinished(int exitCode, QProcess::ExitStatus status) {
@@ -133,25 +147,18 @@ void ChildProcess::onFinished(int exitCode, QProcess::ExitStatus status) {
     const bool crashed = status == QProcess::CrashExit;
     m_result.exitCode = crashed ? 128 + exitCode : exitCode;
     m_result.end = m_forcedEnd.value_or(crashed ? ProcessEnd::Crashed : ProcessEnd::Exited);
+    if (m_result.end == ProcessEnd::TooLong && exitCode == 0)
+        m_result.exitCode = 1; // its own was about an answer that nobody has
     if (m_result.end == ProcessEnd::Exited) {
         awaitTerminalEnd();
         return;
     }
-    // Nothing that the child has started may go on by itself.
-    m_group.terminate();
-    if (!m_killTimer.isActive())
-        m_killTimer.start(m_grace);
-    awaitGroup();
+    m_groupEnd.begin(m_group); // nothing that the child has started may go on by itself
 }
 
-void ChildProcess::awaitGroup() {
-    if (m_group.isAlive() && m_killTimer.isActive()) {
-        QTimer::singleShot(groupPoll, this, &ChildProcess::awaitGroup);
-        return;
-    }
-    m_group.kill();
-    m_killTimer.stop();
-    awaitTerminalEnd();
+void ChildProcess::onGroupEnded() {
+    if (m_process.state() == QProcess::NotRunning) // else its end is reported in a moment
+        awaitTerminalEnd();
 }
 
 void ChildProcess::awaitTerminalEnd() {
@@ -164,7 +171,7 @@ void ChildProcess::awaitTerminalEnd() {
 }
 
 void ChildProcess::settle() {
-    if (m_done.isComplete() || m_killTimer.isActive())
+    if (m_done.isComplete() || m_groupEnd.isUnderWay())
         return;
     m_onStop.reset();
     if (m_terminalNotifier) { // this may run inside its own signal

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "core/async/Completion.h"
+#include "core/process/Descendants.h"
+#include "core/process/GroupEnd.h"
 #include "core/process/OutputCollector.h"
-#include "core/process/ProcessGroup.h"
 #include "core/process/PseudoTerminal.h"
 #include "core/process/ShellCommand.h"
 #include "core/process/ShellResult.h"
@@ -24,12 +25,19 @@ namespace larkspur {
 class ChildProcess : public QObject {
     Q_OBJECT
   public:
-    /// `grace`: time between SIGTERM and SIGKILL.
-    ChildProcess(ShellCommand command, QProcessEnvironment environment, PseudoTerminal &terminal,
-                 std::chrono::milliseconds grace);
+    struct System {
+        PseudoTerminal &terminal;
+        const ProcessTable &processes;
+        std::chrono::milliseconds grace; ///< between SIGTERM and SIGKILL
+    };
+    ChildProcess(ShellCommand command, const QProcessEnvironment &environment, const System &system);
 
     /// Starts the child. The completion is settled exactly once, after which the object may be deleted.
     Completion<ShellResult> start();
+
+  Q_SIGNALS:
+    /// Something that belongs into the log.
+    void noticed(const QString &line);
 
   private:
     void onStarted();
@@ -40,21 +48,21 @@ class ChildProcess : public QObject {
     void take(OutputChannel channel, QByteArrayView bytes);
     void checkSilence();
     void requestEnd(ProcessEnd why);
-    void awaitGroup();
+    void onGroupEnded();
     void awaitTerminalEnd();
     void settle();
 
     ShellCommand m_command;
     PseudoTerminal &m_terminal;
-    std::chrono::milliseconds m_grace;
     QProcess m_process;
     std::unique_ptr<TerminalConnection> m_connection;
     std::unique_ptr<QSocketNotifier> m_terminalNotifier;
     ProcessGroup m_group;
+    Descendants m_descendants;
+    GroupEnd m_groupEnd;
     OutputCollector m_output;
     QElapsedTimer m_silence;
     QTimer m_silenceTimer;
-    QTimer m_killTimer;
     std::optional<ProcessEnd> m_forcedEnd;
     ShellResult m_result;
     Completion<ShellResult> m_done;

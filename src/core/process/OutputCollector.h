@@ -15,9 +15,16 @@ enum class OutputChannel { Output, Errors };
 /// runs, texts for the result at the end.
 class OutputCollector {
   public:
-    OutputCollector(RunMode mode, std::function<void(const OutputChange &)> consumer);
+    /// `captureLimit`: bytes of each stream that are captured.
+    OutputCollector(RunMode mode, qsizetype captureLimit, std::function<void(const OutputChange &)> consumer);
 
     void take(OutputChannel channel, QByteArrayView bytes);
+
+    /// Whether there was more to capture than the limit allows; nothing is kept then.
+    bool isOverLimit() const { return m_isOverLimit; }
+
+    /// A line of the program's own between the child's; captured output stays the child's alone.
+    void add(const QString &line);
 
     /// The end of both streams: delivers last fragments.
     void finish();
@@ -32,9 +39,12 @@ class OutputCollector {
         Transcript transcript;
     };
     Stream &stream(OutputChannel channel) { return channel == OutputChannel::Output ? m_output : m_errors; }
+    void capture(Stream &stream, QByteArrayView bytes);
     void deliver(OutputChannel channel, const OutputChange &change);
 
     RunMode m_mode;
+    qsizetype m_captureLimit;
+    bool m_isOverLimit = false;
     std::function<void(const OutputChange &)> m_consumer;
     Stream m_output;
     Stream m_errors;

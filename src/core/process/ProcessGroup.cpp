@@ -1,5 +1,6 @@
 #include "core/process/ProcessGroup.h"
 
+#include <cerrno>
 #include <csignal>
 
 namespace larkspur {
@@ -15,7 +16,8 @@ void ProcessGroup::kill() const {
 }
 
 bool ProcessGroup::isAlive() const {
-    return m_leader > 0 && ::killpg(static_cast<pid_t>(m_leader), 0) == 0;
+    // Not permitted to signal them: they are there all the same.
+    return m_leader > 0 && (::killpg(static_cast<pid_t>(m_leader), 0) == 0 || errno == EPERM);
 }
 
 } // namespace larkspur

@@ -10,9 +10,11 @@ class ProcessGroup {
     explicit ProcessGroup(qint64 leader = 0)
         : m_leader(leader) {}
 
+    qint64 id() const { return m_leader; }
     void terminate() const; ///< SIGTERM to all of them
     void kill() const;      ///< SIGKILL to all of them
-    bool isAlive() const;   ///< at least one of them is left
+    /// At least one of them is left, if only as a process of another user, or one that has ended unnoticed.
+    bool isAlive() const;
 
   private:
     qint64 m_leader;

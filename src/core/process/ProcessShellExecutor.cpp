@@ -38,15 +38,24 @@ QString shortenedErrors(const ShellResult &result) {
 } // namespace
 
 ProcessShellExecutor::ProcessShellExecutor(Settings settings, Preferences &preferences,
-                                           PseudoTerminal &terminal, Logger &logger)
+                                           PseudoTerminal &terminal, const ProcessTable &processes,
+                                           Logger &logger)
     : m_settings(std::move(settings))
     , m_preferences(preferences)
     , m_terminal(terminal)
+    , m_processes(processes)
     , m_logger(logger) {}
 
 Task<ShellResult> ProcessShellExecutor::run(ShellCommand command) {
-    EnvironmentMap loginShell = co_await loginShellEnvironment();
-    co_return co_await runChild(std::move(command), std::move(loginShell));
+    const ChildEnvironmentInputs inputs{
+        .system = QProcessEnvironment::systemEnvironment(),
+        .loginShell = co_await loginShellEnvironment(),
+        .askpassScript = m_settings.askpassScript,
+        .customCaskAppdir = m_preferences.string(keys::customCaskAppdir),
+        .homeFolder = QDir::homePath(),
+    };
+    const QProcessEnvironment environment = childEnvironment(inputs, command);
+    co_return co_await runChild(std::move(command), environment);
 }
 
 Task<EnvironmentMap> ProcessShellExecutor::loginShellEnvironment() {
@@ -63,26 +72,23 @@ Task<bool> ProcessShellExecutor::captureLoginShell() {
     command.program = qEnvironmentVariable("SHELL", QStringLiteral("/bin/zsh"));
     command.arguments = {QStringLiteral("-ilc"), QStringLiteral("env")};
     command.silenceLimit = loginShellLimit;
-    const ShellResult result = co_await runChild(std::move(command), {});
+    // Without the program's own additions, which would come back as the person's.
+    const ShellResult result =
+        co_await runChild(std::move(command), QProcessEnvironment::systemEnvironment());
     if (result.succeeded())
         m_loginShell = homebrewVariables(result.standardOutput());
     co_return result.succeeded();
 }
 
-Task<ShellResult> ProcessShellExecutor::runChild(ShellCommand command, EnvironmentMap loginShell) {
-    const ChildEnvironmentInputs inputs{
-        .system = QProcessEnvironment::systemEnvironment(),
-        .loginShell = std::move(loginShell),
-        .askpassScript = m_settings.askpassScript,
-        .customCaskAppdir = m_preferences.string(keys::customCaskAppdir),
-        .homeFolder = QDir::homePath(),
-    };
+Task<ShellResult> ProcessShellExecutor::runChild(ShellCommand command, QProcessEnvironment environment) {
     const RunMode mode = command.mode;
     QElapsedTimer clock;
     clock.start();
     // Deleted later: the run's end is reported from inside the child's own signals.
     const std::unique_ptr<ChildProcess, QScopedPointerDeleteLater> child(
-        new ChildProcess(command, childEnvironment(inputs, command), m_terminal, m_settings.grace));
+        new ChildProcess(command, environment, {m_terminal, m_processes, m_settings.grace}));
+    QObject::connect(child.get(), &ChildProcess::noticed, child.get(),
+                     [this](const QString &line) { m_logger.warn(line); });
     ShellResult result = co_await child->start();
     logEnd(result, mode, clock.elapsed());
     co_return result;

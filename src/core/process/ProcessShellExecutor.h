@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/process/ChildEnvironment.h"
+#include "core/process/ProcessTable.h"
 #include "core/process/PseudoTerminal.h"
 #include "core/process/ShellExecutor.h"
 
@@ -20,7 +21,7 @@ class ProcessShellExecutor final : public ShellExecutor {
     };
 
     ProcessShellExecutor(Settings settings, Preferences &preferences, PseudoTerminal &terminal,
-                         Logger &logger);
+                         const ProcessTable &processes, Logger &logger);
 
     Task<ShellResult> run(ShellCommand command) override;
 
@@ -28,13 +29,14 @@ class ProcessShellExecutor final : public ShellExecutor {
     Task<EnvironmentMap> loginShellEnvironment();
 
   private:
-    Task<ShellResult> runChild(ShellCommand command, EnvironmentMap loginShell);
+    Task<ShellResult> runChild(ShellCommand command, QProcessEnvironment environment);
     Task<bool> captureLoginShell();
     void logEnd(const ShellResult &result, RunMode mode, qint64 milliseconds);
 
     Settings m_settings;
     Preferences &m_preferences;
     PseudoTerminal &m_terminal;
+    const ProcessTable &m_processes;
     Logger &m_logger;
     std::optional<Task<bool>> m_capture;
     EnvironmentMap m_loginShell;

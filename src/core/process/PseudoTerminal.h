@@ -17,6 +17,10 @@ class TerminalConnection {
     /// child's standard output.
     virtual int descriptor() const { return -1; }
 
+    /// Called in the child between fork and exec, when it leads a session of its own: makes the terminal that
+    /// session's. Async-signal-safe calls only.
+    virtual void enterInChild() const {}
+
     /// To be called once the child runs: the program's own copy of the child's side is closed.
     virtual void childStarted() {}
 };
@@ -29,8 +33,7 @@ class PseudoTerminal {
 
     virtual ~PseudoTerminal() = default;
 
-    /// Prepares a process that has not been started; the child becomes the leader of its own session. The
-    /// error is one line of text.
+    /// Prepares a process that has not been started. The error is one line of text.
     virtual std::expected<std::unique_ptr<TerminalConnection>, QString> attach(QProcess &process) = 0;
 };
 

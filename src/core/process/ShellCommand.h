@@ -18,13 +18,16 @@ using EnvironmentMap = QMap<QString, QString>;
 
 /// How a child's output is collected.
 enum class RunMode {
-    Capture,  ///< to completion: everything at the end, however much
+    Capture,  ///< to completion: everything at the end, up to a limit
     Stream,   ///< line by line through two pipes; the kept text is bounded
     Terminal, ///< through a terminal: both streams as one, redraws replace lines
 };
 
 /// One child process that is to run. Started directly, never through a shell.
 struct ShellCommand {
+    /// Many times what Homebrew's longest answer takes today, and still no danger to a machine's memory.
+    static constexpr qsizetype defaultCaptureLimit = 256 * 1024 * 1024;
+
     QString program = {};
     QStringList arguments = {};
     RunMode mode = RunMode::Capture;
@@ -34,10 +37,15 @@ struct ShellCommand {
     std::optional<Password> password = std::nullopt;
     /// Whether Homebrew may not update itself first.
     bool suppressAutoUpdate = false;
+    /// A descriptor of the program's that stays open in the child and in what it starts; not owned. -1: none.
+    int keptOpen = -1;
     /// Ends the child early: SIGTERM to its whole process group, SIGKILL after a grace time.
     StopToken stop = {};
     /// A child that prints nothing for this long is ended and counts as timed out; zero: no limit.
     std::chrono::milliseconds silenceLimit{0};
+    /// Bytes that are captured of each stream. A child that prints more is ended and counts as failed: half
+    /// an answer could be taken for a whole one.
+    qsizetype captureLimit = defaultCaptureLimit;
     /// Called with each piece of output as it arrives, in Stream and Terminal mode.
     std::function<void(const OutputChange &)> onOutput = {};
     /// Called once a second while nothing has come for `silenceNotice`, with the length of the silence.

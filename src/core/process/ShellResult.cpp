@@ -16,6 +16,9 @@ std::expected<void, BrewError> ShellResult::verdict() const {
         return std::unexpected(BrewError::stopped());
     case ProcessEnd::TimedOut:
         return std::unexpected(BrewError::timeout(commandLine));
+    case ProcessEnd::TooLong:
+        return std::unexpected(BrewError::commandFailed(
+            QStringLiteral("%1 was ended: %2").arg(commandLine, standardError().trimmed())));
     case ProcessEnd::FailedToStart:
         return std::unexpected(BrewError::commandFailed(
             QStringLiteral("%1 could not be started: %2").arg(commandLine, standardError().trimmed())));

@@ -13,14 +13,16 @@ enum class ProcessEnd {
     Crashed,       ///< killed by a signal that was not ours
     Stopped,       ///< ended because stop was requested
     TimedOut,      ///< ended because it printed nothing for too long
+    TooLong,       ///< ended because it printed more than is captured
     FailedToStart, ///< never ran
 };
 
 /// The outcome of one child process. The bytes are kept as they came; the text forms decode them.
 struct ShellResult {
     QByteArray outputBytes;
-    QByteArray errorBytes; ///< empty in terminal mode, where both streams arrive as one
-    int exitCode = 0;      ///< 128 + signal for a crash, 127 if it never ran
+    /// Empty in terminal mode, where both streams arrive as one; the reason if it never ran or was too long.
+    QByteArray errorBytes;
+    int exitCode = 0; ///< 128 + signal for a crash, 127 if it never ran
     ProcessEnd end = ProcessEnd::Exited;
     QString commandLine;
 

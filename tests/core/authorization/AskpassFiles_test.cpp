@@ -2,12 +2,14 @@
 #include "core/authorization/SudoPasswordVerifier.h"
 #include "tests/support/Await.h"
 #include "tests/support/Fixture.h"
+#include "tests/support/ProbePassword.h"
 
 #include <QDir>
 #include <QProcess>
 #include <QTest>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace larkspur;
 using namespace larkspur::test;
@@ -83,9 +85,12 @@ class AskpassFilesTest : public QObject {
             QCOMPARE(QFileInfo(path).isSymLink(), inMemory);
             QCOMPARE(mode(path), mode_t(0600));
             QVERIFY(files.hasLeftover());
+            const QByteArray file = QFile::encodeName(QFileInfo(path).canonicalFilePath());
+            QCOMPARE(::link(file.constData(), qPrintable(fixture.path("remains"))), 0);
         }
         QVERIFY(!files.hasLeftover());
         QVERIFY(QDir(memory).isEmpty());
+        QCOMPARE(Fixture::read(fixture.path("remains")), QString(7, QChar(0))); // wiped where it lay
     }
 
     void aLeftoverIsRemovedAndNothingElse() {
@@ -125,6 +130,38 @@ class AskpassFilesTest : public QObject {
         QCOMPARE(verify(sudo, "ses $x\"me"), Verification::Matches);
         QCOMPARE(verify(sudo, "wrong"), Verification::Differs);
         QCOMPARE(verify(fixture.path("none"), "ses $x\"me"), Verification::CannotTell);
+        // A sudo that does not wait for the password, and one that has no program.
+        Fixture::write(sudo, "#!/bin/sh\nexec <&-\nexit 1\n", true);
+        QCOMPARE(verify(sudo, "x"), Verification::Differs);
+        Fixture::write(sudo, "#!/no/such/shell\n", true);
+        QCOMPARE(verify(sudo, "x"), Verification::CannotTell);
+    }
+
+    void noCopyStaysInMemory() {
+        if (!ProbePassword::canLook())
+            QSKIP("this system does not show a process its memory");
+        const ProbePassword probe;
+        Fixture fixture;
+        const QString sudo = fixture.path("sudo");
+        Fixture::write(sudo,
+                       "#!/bin/bash\nread -r line\n[ \"$(printf %s \"$line\" | tr a-z n-za-m)\" = " +
+                           probe.disguise() + " ]\n",
+                       true);
+        for (const bool isRight : {true, false}) {
+            if (!isRight)
+                Fixture::write(sudo, "#!/bin/sh\nexit 1\n", true);
+            SudoPasswordVerifier verifier(sudo);
+            QCOMPARE(await(verifier.verify(probe.password())),
+                     isRight ? Verification::Matches : Verification::Differs);
+            EVENTUALLY_EQUAL(probe.copiesInMemory(), QString()); // a worker may still hold its input
+        }
+        const AskpassFiles files(fixture.path("askpass.sh"), fixture.path("data/.secret"), {});
+        QVERIFY(files.keepSecret(probe.password()));
+        Fixture::write(fixture.path("file"), {});
+        const AskpassFiles unwritable(fixture.path("askpass.sh"), fixture.path("file/.secret"), {});
+        QVERIFY(!unwritable.keepSecret(probe.password()));
+        QCOMPARE(probe.copiesInMemory(), QString());
+        QCOMPARE(probe.filesWith(fixture.folder.path()), QString());
     }
 };
 

@@ -14,9 +14,12 @@ class SudoAuthTest : public QObject {
         std::optional<std::optional<QByteArray>> answer; ///< outer: has the caller been resumed
         int resumed = 0;
 
-        void request(StopToken stop = {}) { tasks.spawn("request", ask(this, std::move(stop))); }
-        static Task<> ask(World *world, StopToken stop) {
-            const auto password = co_await world->sudoAuth.requestPassword("because", std::move(stop));
+        void request(StopToken stop = {}, bool isUnusual = false) {
+            tasks.spawn("request", ask(this, std::move(stop), isUnusual));
+        }
+        static Task<> ask(World *world, StopToken stop, bool isUnusual) {
+            const auto password = co_await world->sudoAuth.requestPassword(
+                {.reason = "because", .isUnusual = isUnusual}, std::move(stop));
             ++world->resumed;
             // A copy of its own: a shared one would be wiped with the password.
             world->answer = password ? std::optional(QByteArray(password->utf8().constData())) : std::nullopt;
@@ -38,7 +41,7 @@ class SudoAuthTest : public QObject {
         World world;
         world.request();
         QVERIFY(world.sudoAuth.isPrompting());
-        QCOMPARE(world.sudoAuth.reason(), "because");
+        QCOMPARE(world.sudoAuth.request().reason, "because");
         QVERIFY(world.sudoAuth.note().contains("discarded as soon as it finishes"));
         world.type("wrong");
         QCOMPARE(world.sudoAuth.error(), "That password was incorrect. Please try again.");
@@ -47,6 +50,29 @@ class SudoAuthTest : public QObject {
         world.settle();
         QCOMPARE(world.answer->value(), "sesame");
         QVERIFY(!world.store.copy); // nothing is kept that was not asked for
+    }
+
+    void foreignTextStaysOnItsLine_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("plain") << "brew install ünïcode-🔑" << "brew install ünïcode-🔑";
+        QTest::newRow("line ends") << " a\nb\r\n\u2028c\u0085 " << "a b c";
+        QTest::newRow("escapes") << "\u001B[2Ksudo\u0007\u009B1m" << "[2Ksudo 1m";
+        QTest::newRow("turned round") << "a\u202Eb\u2066c\u200Bd" << "a b c d";
+        QTest::newRow("half a character") << QString("a") + QChar(0xD800) + "b" << "a\uFFFDb";
+        QTest::newRow("long") << QString(5'000'000, 'x') << QString(299, 'x') + "…";
+    }
+    void foreignTextStaysOnItsLine() {
+        QFETCH(QString, text);
+        QFETCH(QString, shown);
+        const PasswordRequest request =
+            presentable({.reason = "because", .package = text, .command = text, .trigger = text});
+        QCOMPARE(request.package, shown);
+        QCOMPARE(request.command, shown);
+        QCOMPARE(request.trigger, shown);
+        QVERIFY(warningOf(request).isEmpty());
+        QVERIFY(warningOf({.isUnusual = true})
+                    .startsWith("Homebrew never needs administrator rights to build a formula. "));
     }
 
     void cancelling() {
@@ -70,6 +96,22 @@ class SudoAuthTest : public QObject {
         QVERIFY(!*world.answer);
         world.verifier.held->complete(Verification::Matches);
         world.settle();
+        QVERIFY(!*world.answer);
+    }
+
+    void theCheckOfACancelledEntryDoesNotAnswerTheNextQuestion() {
+        World world;
+        world.verifier.held.emplace();
+        world.request();
+        world.type("sesame");
+        world.sudoAuth.cancel();
+        world.request();
+        QVERIFY(spinUntil([&] { return world.resumed == 1 && world.sudoAuth.isPrompting(); }));
+        world.verifier.held->complete(Verification::Matches);
+        QTest::qWait(50);
+        QVERIFY(world.resumed == 1 && world.sudoAuth.isPrompting());
+        world.sudoAuth.cancel();
+        QVERIFY(spinUntil([&] { return world.tasks.isDrained(); }));
         QVERIFY(!*world.answer);
     }
 
@@ -116,6 +158,18 @@ class SudoAuthTest : public QObject {
         world.settle();
         QCOMPARE(world.answer->value(), "sesame");
         QCOMPARE(world.store.reason, "authorize an administrator action");
+    }
+
+    void theStoredCopyDoesNotAnswerWhatThePersonIsWarnedOf() {
+        World world;
+        world.enableStore("sesame");
+        world.request({}, true);
+        QVERIFY(world.sudoAuth.isPrompting());
+        QVERIFY(!warningOf(world.sudoAuth.request()).isEmpty());
+        QVERIFY(world.store.reason.isEmpty()); // no finger was asked for
+        world.sudoAuth.cancel();
+        world.settle();
+        QVERIFY(!*world.answer);
     }
 
     void aStoredCopyThatDoesNotHelpLeadsToThePrompt_data() {

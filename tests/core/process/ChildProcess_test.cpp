@@ -2,14 +2,21 @@
 #include "platform/Platform.h"
 #include "tests/support/Await.h"
 #include "tests/support/Fixture.h"
+#include "tests/support/ProbePassword.h"
 
 #include <QElapsedTimer>
 #include <QTest>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
 
 using namespace larkspur;
 using namespace larkspur::test;
+
+Q_DECLARE_METATYPE(larkspur::RunMode)
+Q_DECLARE_METATYPE(larkspur::ProcessEnd)
 
 /// Real children that behave badly.
 class ChildProcessTest : public QObject {
@@ -20,6 +27,7 @@ class ChildProcessTest : public QObject {
     ProcessShellExecutor m_shell{{.askpassScript = "/none", .readLoginShell = false, .grace = 400ms},
                                  m_fixture.preferences,
                                  *m_platform.terminal,
+                                 *m_platform.processes,
                                  m_fixture.logger};
     QStringList m_lines;
 
@@ -109,6 +117,30 @@ class ChildProcessTest : public QObject {
         QCOMPARE(result.errorBytes.size(), 3'000'000);
     }
 
+    void aQueryThatPrintsTooMuchFails_data() {
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<ProcessEnd>("end");
+        QTest::newRow("just enough") << "head -c 1048576 /dev/zero" << ProcessEnd::Exited;
+        QTest::newRow("a byte more") << "head -c 1048577 /dev/zero" << ProcessEnd::TooLong;
+        QTest::newRow("for ever") << "trap '' PIPE; yes" << ProcessEnd::TooLong;
+        QTest::newRow("errors for ever") << "echo '[]'; yes >&2" << ProcessEnd::TooLong;
+        QTest::newRow("and listens to nothing") << "trap '' TERM; yes" << ProcessEnd::TooLong;
+    }
+    void aQueryThatPrintsTooMuchFails() {
+        QFETCH(QString, script);
+        QFETCH(ProcessEnd, end);
+        ShellCommand command = shell(script, RunMode::Capture);
+        command.captureLimit = 1024 * 1024;
+        const ShellResult result = await(m_shell.run(std::move(command)));
+        QCOMPARE(result.end, end);
+        QCOMPARE(result.succeeded(), end == ProcessEnd::Exited);
+        if (end == ProcessEnd::Exited)
+            return;
+        QVERIFY(result.outputBytes.isEmpty() && result.exitCode != 0);
+        QCOMPARE(result.verdict().error(),
+                 BrewError::commandFailed("/bin/sh -c " + script + " was ended: It printed more than 1 MB."));
+    }
+
     void noLineEndAndHalfACharacter() {
         const ShellResult result = run("printf 'x\\360\\237'; sleep 0.1; printf '\\215\\272y\\303'");
         QCOMPARE(m_lines, QStringList{QString::fromUtf8("x🍺y\uFFFD")});
@@ -121,7 +153,7 @@ class ChildProcessTest : public QObject {
             runAndStop("trap '' TERM; sh -c 'trap \"\" TERM; echo $$; sleep 60; sleep 60' & wait; sleep 60");
         QCOMPARE(result.end, ProcessEnd::Stopped);
         QCOMPARE(result.verdict().error(), BrewError::stopped());
-        QVERIFY(spinUntil([this] { return !isAlive(m_lines.first()); }, 5s));
+        QVERIFY(spinUntil([this] { return !isAlive(m_lines.first()); }));
     }
 
     void stopIsGentleFirst() {
@@ -145,7 +177,7 @@ class ChildProcessTest : public QObject {
         const ShellResult result = run("sh -c 'echo $$; exec sleep 60' & sleep 0.2; kill -KILL $$");
         QCOMPARE(result.end, ProcessEnd::Crashed);
         QCOMPARE(result.exitCode, 128 + SIGKILL);
-        QVERIFY(spinUntil([this] { return !isAlive(m_lines.first()); }, 5s));
+        QVERIFY(spinUntil([this] { return !isAlive(m_lines.first()); }));
     }
 
     void aDaemonThatKeepsThePipeDoesNotHoldUsUp() {
@@ -157,6 +189,108 @@ class ChildProcessTest : public QObject {
             QVERIFY(clock.elapsed() < 20'000);
             ::kill(m_lines.value(0).toInt(), SIGKILL);
         }
+    }
+
+    void aDescriptorStaysOpenInAllThatTheChildStarts_data() {
+        QTest::addColumn<RunMode>("mode");
+        QTest::newRow("captured") << RunMode::Capture;
+        QTest::newRow("two pipes") << RunMode::Stream;
+        QTest::newRow("terminal") << RunMode::Terminal;
+    }
+    void aDescriptorStaysOpenInAllThatTheChildStarts() {
+        QFETCH(RunMode, mode);
+        const QByteArray path = m_fixture.path("lock").toLocal8Bit();
+        const auto isFree = [&] {
+            const int other = ::open(path.constData(), O_RDWR | O_CLOEXEC);
+            const bool got = ::flock(other, LOCK_EX | LOCK_NB) == 0;
+            ::close(other);
+            return got;
+        };
+        for (const bool isGiven : {true, false}) {
+            const int held = ::open(path.constData(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+            QCOMPARE(::flock(held, LOCK_EX | LOCK_NB), 0);
+            // The child ends at once; what it has left in the background goes on until it is let go.
+            QFile::remove(m_fixture.path("go"));
+            ShellCommand command = shell("trap '' HUP; while [ ! -e " + m_fixture.path("go") +
+                                             " ]; do sleep 0.05; done & exit 0",
+                                         mode);
+            command.keptOpen = isGiven ? held : -1;
+            const ShellResult result = await(m_shell.run(std::move(command)));
+            QVERIFY(result.succeeded());
+            ::close(held);
+            QCOMPARE(isFree(), !isGiven);
+            Fixture::write(m_fixture.path("go"), {});
+            QVERIFY(spinUntil(isFree));
+        }
+    }
+
+    void thePasswordReachesTheChildAndStaysNowhere_data() {
+        QTest::addColumn<RunMode>("mode");
+        QTest::addColumn<QString>("script");
+        QTest::addColumn<ProcessEnd>("end");
+        const QString tell = "printf %s \"$LARKSPUR_ASKPASS_PASSWORD\" | tr a-z n-za-m > OUT; echo told; ";
+        QTest::newRow("captured") << RunMode::Capture << tell << ProcessEnd::Exited;
+        QTest::newRow("two pipes") << RunMode::Stream << tell << ProcessEnd::Exited;
+        QTest::newRow("terminal") << RunMode::Terminal << tell << ProcessEnd::Exited;
+        QTest::newRow("failed") << RunMode::Terminal << tell + "exit 1" << ProcessEnd::Exited;
+        QTest::newRow("killed") << RunMode::Stream << tell + "kill -KILL $$" << ProcessEnd::Crashed;
+        QTest::newRow("stopped") << RunMode::Stream << tell + "sleep 60" << ProcessEnd::Stopped;
+        QTest::newRow("timed out") << RunMode::Stream << tell + "sleep 60" << ProcessEnd::TimedOut;
+        QTest::newRow("never ran") << RunMode::Stream << QString() << ProcessEnd::FailedToStart;
+    }
+    void thePasswordReachesTheChildAndStaysNowhere() {
+        QFETCH(RunMode, mode);
+        QFETCH(QString, script);
+        QFETCH(ProcessEnd, end);
+        if (!ProbePassword::canLook())
+            QSKIP("this system does not show a process its memory");
+        const ProbePassword probe;
+        QFile::remove(m_fixture.path("told"));
+        {
+            StopSource stop;
+            ShellCommand command = shell(script.replace("OUT", m_fixture.path("told")), mode);
+            if (end == ProcessEnd::FailedToStart)
+                command.program = "/no/such/program";
+            command.password = probe.password();
+            QVERIFY(!probe.copiesInMemory().isEmpty()); // the scan finds what is there
+            command.stop = stop.get_token();
+            if (end == ProcessEnd::TimedOut)
+                command.silenceLimit = 500ms;
+            auto task = m_shell.run(std::move(command));
+            if (end == ProcessEnd::Stopped) {
+                spinUntil([this] { return !m_lines.isEmpty(); });
+                stop.request_stop();
+            }
+            QCOMPARE(await(std::move(task)).end, end);
+        }
+        QCOMPARE(Fixture::read(m_fixture.path("told")).toUtf8(),
+                 end == ProcessEnd::FailedToStart ? QByteArray() : probe.disguise());
+        QCOMPARE(probe.copiesInMemory(), QString());
+    }
+
+    void theEnvironmentIsPassedOn() {
+        qputenv("LARKSPUR_ASKPASS_PASSWORD", "left over");
+        qputenv("LARKSPUR_TEST_BYTES", "no \xff text");
+        for (const char *password : {"", "sesame"}) {
+            ShellCommand command = shell(
+                "echo \"[$LARKSPUR_ASKPASS_PASSWORD]\"; printf %s \"$LARKSPUR_TEST_BYTES\" | od -An -tx1",
+                RunMode::Capture);
+            if (*password)
+                command.password = Password(QByteArray(password));
+            QCOMPARE(await(m_shell.run(std::move(command))).standardOutput(),
+                     QString("[%1]\n 6e 6f 20 ff 20 74 65 78 74\n").arg(password));
+        }
+        qunsetenv("LARKSPUR_ASKPASS_PASSWORD");
+        qunsetenv("LARKSPUR_TEST_BYTES");
+    }
+
+    void childrenListenToSignals() {
+        const auto before = std::signal(SIGPIPE, SIG_IGN);
+        const auto hangUp = std::signal(SIGHUP, SIG_IGN);
+        const ShellResult result = run("sh -c 'kill -PIPE $$'; echo $?; sh -c 'kill -HUP $$'; echo $?");
+        std::signal(SIGPIPE, before);
+        std::signal(SIGHUP, hangUp);
+        QCOMPARE(result.standardOutput(), "141\n129");
     }
 
     void silenceTimesOut() {

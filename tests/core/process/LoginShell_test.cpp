@@ -16,8 +16,9 @@ class LoginShellTest : public QObject {
         Fixture::write(fixture.path("shell"), "#!/bin/sh\n" + script, true);
         qputenv("SHELL", fixture.path("shell").toLocal8Bit());
         NullPseudoTerminal terminal;
+        const NullProcessTable processes;
         ProcessShellExecutor shell({.askpassScript = "/askpass", .readLoginShell = true}, fixture.preferences,
-                                   terminal, fixture.logger);
+                                   terminal, processes, fixture.logger);
         ShellResult result;
         for (int i = 0; i < runs; ++i)
             result = await(shell.run({.program = "/usr/bin/env"}));
@@ -38,6 +39,18 @@ class LoginShellTest : public QObject {
         QVERIFY(environment.contains("SUDO_ASKPASS=/askpass\n"));
     }
 
+    void itsAnswerHoldsNothingOfTheProgram() {
+        Fixture fixture;
+        fixture.preferences.set(keys::customCaskAppdir, "/Apps");
+        const QString environment =
+            environmentWith("env | tee \"${0%shell}asked\"\n", fixture); // as every shell answers
+        QVERIFY2(environment.contains("HOMEBREW_CASK_OPTS=--appdir=\"/Apps\"\n"), qPrintable(environment));
+        QCOMPARE(environment.count("HOMEBREW_NO_COLOR"), 1); // of this child alone, which has no terminal
+        const QString asked = Fixture::read(fixture.path("asked"));
+        for (const char *own : {"HOMEBREW_CASK_OPTS", "HOMEBREW_NO_COLOR", "HOMEBREW_NO_ASK", "SUDO_ASKPASS"})
+            QVERIFY2(!asked.isEmpty() && !asked.contains(own), own);
+    }
+
     void itIsAskedOnce() {
         Fixture fixture;
         environmentWith("echo asked >> \"$0.log\"\n", fixture, 3);
@@ -56,8 +69,9 @@ class LoginShellTest : public QObject {
     void withoutTerminalsChildrenRunOnOnePipe() {
         Fixture fixture;
         NullPseudoTerminal terminal;
+        const NullProcessTable processes;
         ProcessShellExecutor shell({.askpassScript = {}, .readLoginShell = false}, fixture.preferences,
-                                   terminal, fixture.logger);
+                                   terminal, processes, fixture.logger);
         const ShellResult result = await(shell.run({.program = "/bin/sh",
                                                     .arguments = {"-c", "echo out; echo err >&2"},
                                                     .mode = RunMode::Terminal}));
