@@ -65,8 +65,10 @@ Task<Result<ShellResult>> BrewService::run(BrewCommand command, ShellCommand sha
     const std::optional<QString> path = co_await m_pathResolver.resolve();
     if (!path)
         co_return std::unexpected(BrewError::brewNotInstalled());
+    if (command.stop.stop_requested())
+        co_return std::unexpected(BrewError::stopped()); // a child that is not started needs no killing
     shape.program = *path;
-    shape.arguments = command.arguments;
+    shape.arguments = command.arguments.words();
     shape.environment = command.environment;
     shape.suppressAutoUpdate = command.suppressAutoUpdate;
     shape.stop = command.stop;
@@ -88,21 +90,21 @@ Task<Result<ShellResult>> BrewService::run(BrewCommand command, ShellCommand sha
 }
 
 Task<Result<BrewSession>> BrewService::beginOperation(OperationContext context) {
-    const auto onWait = [output = context.output] {
-        if (output)
+    const auto onWait = [output = context.output, told = false](const QStringList &orphans) mutable {
+        if (!output)
+            return;
+        if (!std::exchange(told, true))
             output->addLine(QStringLiteral("==> Waiting for another Homebrew operation to finish…"));
+        if (!orphans.isEmpty())
+            output->addLine(
+                QStringLiteral("==> Its Larkspur has ended, but what it started still runs: %1. Wait for it, "
+                               "or end it yourself if it is not meant to go on.")
+                    .arg(orphans.join(u", ")));
     };
     auto permit = co_await m_lock.acquire(context.stop, onWait);
     if (!permit)
-        co_return std::unexpected(BrewError::stopped());
+        co_return std::unexpected(permit.error());
     co_return BrewSession(this, std::move(*permit));
-}
-
-Task<std::optional<BrewSession>> BrewService::tryBeginOperation() {
-    auto permit = co_await m_lock.tryAcquire();
-    if (!permit)
-        co_return std::nullopt;
-    co_return std::optional<BrewSession>(BrewSession(this, std::move(*permit)));
 }
 
 Task<Result<BrewRun>> BrewSession::stream(BrewCommand command, OperationContext context, Style style) {
@@ -111,6 +113,8 @@ Task<Result<BrewRun>> BrewSession::stream(BrewCommand command, OperationContext 
     shape.mode = style == Style::Terminal && context.wantsRedraws ? RunMode::Terminal : RunMode::Stream;
     shape.onOutput = [watch](const OutputChange &change) { watch->take(change); };
     shape.onSilence = context.onSilence;
+    shape.silenceLimit = context.silenceLimit;
+    shape.keptOpen = lockDescriptor();
     command.stop = context.stop;
     const Result<ShellResult> result = co_await m_service->run(std::move(command), std::move(shape));
     if (!result)

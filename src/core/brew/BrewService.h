@@ -2,6 +2,7 @@
 
 #include "core/async/Task.h"
 #include "core/authorization/Password.h"
+#include "core/brew/BrewArguments.h"
 #include "core/brew/OperationContext.h"
 #include "core/errors/Result.h"
 #include "core/lock/OperationLock.h"
@@ -18,7 +19,7 @@ class ShellExecutor;
 
 /// One brew command line.
 struct BrewCommand {
-    QStringList arguments;
+    BrewArguments arguments;
     EnvironmentMap environment = {};
     bool suppressAutoUpdate = false;
     StopToken stop = {};
@@ -50,6 +51,10 @@ class BrewSession {
     /// The same for a query that belongs to the operation: its output is not shown.
     Task<Result<ShellResult>> execute(BrewCommand command);
 
+    /// What a child must keep open to hold the lock beyond the program's own end: whatever still changes
+    /// files then must be over before anybody else begins.
+    int lockDescriptor() const { return m_lock.descriptor(); }
+
   private:
     friend class BrewService;
     BrewSession(BrewService *service, OperationLock::Permit lock)
@@ -75,11 +80,10 @@ class BrewService : public QObject {
     Task<Result<ShellResult>> execute(BrewCommand command);
 
     /// Waits for the operation lock; while another operation holds it, the output says so. The lock is held
-    /// until the session is destroyed. Fails if stop is requested first.
+    /// until the session is destroyed. Fails if stop is requested first or the lock cannot be taken at all.
     Task<Result<BrewSession>> beginOperation(OperationContext context);
 
-    /// The same without waiting: nothing if somebody holds the lock.
-    Task<std::optional<BrewSession>> tryBeginOperation();
+    OperationLock::Others othersOperating() const { return m_lock.others(); }
 
     bool isBrewOperationRunning() const { return m_lock.isHeld(); }
 

@@ -6,14 +6,17 @@
 #include <QJsonObject>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QTimer>
 
 namespace larkspur {
 
 using namespace std::chrono_literals;
 
-LatestBrewRelease::LatestBrewRelease(QNetworkAccessManager &network, QUrl service)
+LatestBrewRelease::LatestBrewRelease(QNetworkAccessManager &network, QUrl service,
+                                     std::chrono::milliseconds deadline)
     : m_network(network)
-    , m_service(std::move(service)) {}
+    , m_service(std::move(service))
+    , m_deadline(deadline) {}
 
 Task<std::optional<QString>> LatestBrewRelease::fetch(StopToken stop) {
     QUrl address = m_service;
@@ -28,6 +31,11 @@ Task<std::optional<QString>> LatestBrewRelease::fetch(StopToken stop) {
         answer.complete(succeeded ? releaseTag(reply->readAll()) : std::nullopt);
         reply->deleteLater();
     });
+    QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply] {
+        if (reply->bytesAvailable() > longestAnswer)
+            reply->abort();
+    });
+    QTimer::singleShot(m_deadline, reply, &QNetworkReply::abort); // a byte now and then is no progress
     const std::stop_callback onStop(stop, [reply] { reply->abort(); });
     co_return co_await answer;
 }

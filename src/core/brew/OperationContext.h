@@ -17,6 +17,11 @@ class SudoAuth;
 struct OperationContext {
     OutputSinkPtr output;
     StopToken stop = {};
+    /// Asked for by a person who does not wait for what puts things right either. What is not put right then
+    /// is put right before the next operation.
+    StopToken insist = {};
+    /// A brew that has printed nothing for this long is ended; zero: never.
+    std::chrono::milliseconds silenceLimit{0};
     /// Who asks for the administrator password; without one an operation that needs it ends as if the person
     /// had cancelled. Outlives the operation.
     SudoAuth *sudoAuth = nullptr;
@@ -25,6 +30,15 @@ struct OperationContext {
     std::function<void(const QString &, int, int)> onPackage = {};
     /// Whether redraws of progress are welcome; a pipe to another program wants lines that stay.
     bool wantsRedraws = true;
+
+    /// For what finishes, undoes or puts right: it does not end with the operation, only where somebody
+    /// insists or brew hangs.
+    OperationContext repairing() const {
+        OperationContext repair = *this;
+        repair.stop = insist;
+        repair.silenceLimit = std::chrono::minutes(10);
+        return repair;
+    }
 };
 
 } // namespace larkspur

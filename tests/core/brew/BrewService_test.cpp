@@ -15,7 +15,8 @@ Task<bool> operation(BrewService *brew, QString name, std::shared_ptr<RecordingS
     auto session = co_await brew->beginOperation(context);
     if (!session)
         co_return false;
-    const auto result = co_await session->stream({.arguments = {name}}, context, BrewSession::Style::Plain);
+    const auto result = co_await session->stream({.arguments = {*PackageName::parse(name)}}, context,
+                                                 BrewSession::Style::Plain);
     co_return result && result->exitCode == 0;
 }
 
