@@ -3,9 +3,12 @@
 #include "core/authorization/MemoryProtection.h"
 #include "core/authorization/PasswordStore.h"
 #include "core/authorization/PasswordVerifier.h"
+#include "core/files/Trash.h"
+#include "core/process/ProcessTable.h"
 #include "core/process/PseudoTerminal.h"
+#include "core/settings/PreferenceStore.h"
+#include "core/trees/TreeSync.h"
 
-#include <QSettings>
 #include <QStringList>
 
 #include <memory>
@@ -16,11 +19,14 @@ namespace larkspur {
 /// `makePlatform`.
 struct Platform {
     std::unique_ptr<PseudoTerminal> terminal;
+    std::unique_ptr<ProcessTable> processes;
     std::unique_ptr<PasswordVerifier> passwordVerifier;
     std::unique_ptr<PasswordStore> passwordStore;
     std::unique_ptr<MemoryProtection> memoryProtection;
+    std::unique_ptr<Trash> trash;
+    std::unique_ptr<TreeSync> treeSync;
     /// The system's own store of preferences.
-    std::unique_ptr<QSettings> preferenceStore;
+    std::unique_ptr<PreferenceStore> preferenceStore;
     /// Standard locations of the brew executable, in the order of preference.
     QStringList knownBrewPaths;
     /// Folders where applications are installed.

@@ -1,5 +1,6 @@
 #include "platform/Platform.h"
 #include "tests/support/Await.h"
+#include "tests/support/ProbePassword.h"
 
 #include <QTest>
 
@@ -18,6 +19,15 @@ class PasswordVerifierTest : public QObject {
   private Q_SLOTS:
     void aWrongPasswordNeverMatches() {
         QVERIFY(verify("surely not the password of anybody") != Verification::Matches);
+    }
+
+    void noCopyStaysInMemory() {
+        if (!ProbePassword::canLook())
+            QSKIP("this system does not show a process its memory");
+        const ProbePassword probe;
+        const Platform platform = makePlatform();
+        await(platform.passwordVerifier->verify(probe.password()));
+        EVENTUALLY_EQUAL(probe.copiesInMemory(), QString()); // the worker may still be putting its input away
     }
 
     void theRightOneDoes() {

@@ -26,6 +26,13 @@ class KernelTerminal final : public TerminalConnection {
 
     int descriptor() const override { return m_ours; }
 
+    void enterInChild() const override {
+        ::ioctl(m_childs, TIOCSCTTY, 0);
+        ::dup2(m_childs, STDIN_FILENO);
+        ::dup2(m_childs, STDOUT_FILENO);
+        ::dup2(m_childs, STDERR_FILENO);
+    }
+
     void childStarted() override {
         if (m_childs >= 0)
             ::close(m_childs);
@@ -62,7 +69,7 @@ void endInput(int ours, int childs) {
 
 } // namespace
 
-std::expected<std::unique_ptr<TerminalConnection>, QString> NativePseudoTerminal::attach(QProcess &process) {
+std::expected<std::unique_ptr<TerminalConnection>, QString> NativePseudoTerminal::attach(QProcess &) {
     const int ours = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC | O_NONBLOCK);
     if (ours < 0)
         return systemError("no terminal is free");
@@ -77,13 +84,6 @@ std::expected<std::unique_ptr<TerminalConnection>, QString> NativePseudoTerminal
     size.ws_row = rows;
     ::ioctl(ours, TIOCSWINSZ, &size);
     endInput(ours, childs);
-    process.setChildProcessModifier([childs] { // async-signal-safe calls only
-        ::setsid();
-        ::ioctl(childs, TIOCSCTTY, 0);
-        ::dup2(childs, STDIN_FILENO);
-        ::dup2(childs, STDOUT_FILENO);
-        ::dup2(childs, STDERR_FILENO);
-    });
     return std::make_unique<KernelTerminal>(ours, childs);
 }
 

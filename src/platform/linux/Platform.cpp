@@ -1,8 +1,12 @@
 #include "platform/Platform.h"
 
+#include "core/settings/FilePreferenceStore.h"
+#include "platform/linux/DesktopTrash.h"
 #include "platform/linux/NativePseudoTerminal.h"
 #include "platform/linux/PamPasswordVerifier.h"
+#include "platform/linux/ProcProcessTable.h"
 #include "platform/linux/ProcessDumps.h"
+#include "platform/linux/VolumeSync.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -28,13 +32,15 @@ QString runtimeFolder() {
 Platform makePlatform() {
     return {
         .terminal = std::make_unique<NativePseudoTerminal>(),
+        .processes = std::make_unique<ProcProcessTable>(),
         .passwordVerifier = std::make_unique<PamPasswordVerifier>(),
         .passwordStore = std::make_unique<NullPasswordStore>(),
         .memoryProtection = std::make_unique<ProcessDumps>(),
-        .preferenceStore = std::make_unique<QSettings>(
+        .trash = std::make_unique<DesktopTrash>(),
+        .treeSync = std::make_unique<VolumeSync>(),
+        .preferenceStore = std::make_unique<FilePreferenceStore>(
             QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
-                QStringLiteral("/Larkspur/preferences.ini"),
-            QSettings::IniFormat),
+            QStringLiteral("/Larkspur")),
         .knownBrewPaths = {QStringLiteral("/opt/homebrew/bin/brew"), QStringLiteral("/usr/local/bin/brew"),
                            QStringLiteral("/opt/workbrew/bin/brew"),
                            QStringLiteral("/home/linuxbrew/.linuxbrew/bin/brew")},

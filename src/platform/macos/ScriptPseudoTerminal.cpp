@@ -2,8 +2,6 @@
 
 #include "core/process/ScriptCommandLine.h"
 
-#include <unistd.h>
-
 namespace larkspur {
 
 std::expected<std::unique_ptr<TerminalConnection>, QString> ScriptPseudoTerminal::attach(QProcess &process) {
@@ -13,7 +11,6 @@ std::expected<std::unique_ptr<TerminalConnection>, QString> ScriptPseudoTerminal
     process.setProgram(QStringLiteral("/bin/zsh"));
     process.setArguments({QStringLiteral("-c"), QStringLiteral("exec ") + commandLine});
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.setChildProcessModifier([] { ::setsid(); });
     return std::make_unique<TerminalConnection>();
 }
 
