@@ -1,6 +1,7 @@
 #include "userdata/JsonListFile.h"
 
 #include "core/files/AtomicFile.h"
+#include "core/files/WholeFile.h"
 #include "core/log/Logger.h"
 
 #include <QFile>
@@ -12,12 +13,17 @@ JsonListFile::JsonListFile(QString path, Logger &logger)
     : m_path(std::move(path))
     , m_logger(logger) {}
 
-std::optional<QJsonArray> JsonListFile::read() const {
-    QFile file(m_path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
-    return document.isArray() ? std::optional(document.array()) : std::nullopt;
+std::expected<QJsonArray, QString> JsonListFile::read() const {
+    constexpr qint64 largest = 64 * 1024 * 1024; // bytes
+    const auto text = readWholeFile(m_path, largest);
+    if (!text && text.error().isMissing)
+        return QJsonArray();
+    if (!text)
+        return std::unexpected(text.error().reason);
+    const QJsonDocument document = QJsonDocument::fromJson(*text);
+    if (!document.isArray())
+        return std::unexpected(QStringLiteral("%1 holds no list").arg(m_path));
+    return document.array();
 }
 
 bool JsonListFile::write(const QJsonArray &list) const {
@@ -27,12 +33,21 @@ bool JsonListFile::write(const QJsonArray &list) const {
     return written.has_value();
 }
 
-void JsonListFile::setAside() const {
-    const QString aside = m_path + QStringLiteral(".unreadable");
-    if (!QFile::exists(m_path) || QFile::exists(aside))
-        return; // the oldest is the one that may hold what was lost
-    if (QFile::rename(m_path, aside))
-        m_logger.warn(QStringLiteral("[UserData] %1 could not be read; it is kept as %2").arg(m_path, aside));
+bool JsonListFile::setAside() const {
+    if (!QFile::exists(m_path) || QFile::exists(asidePath()))
+        return true; // the oldest is the one that may hold what was lost
+    const bool isKept = QFile::rename(m_path, asidePath());
+    warn(isKept ? QStringLiteral("%1 could not be read; it is kept as %2").arg(m_path, asidePath())
+                : QStringLiteral("%1 could not be read, and not be moved aside").arg(m_path));
+    return isKept;
+}
+
+QString JsonListFile::keptAside() const {
+    return QFile::exists(asidePath()) ? asidePath() : QString();
+}
+
+void JsonListFile::warn(const QString &text) const {
+    m_logger.warn(QStringLiteral("[UserData] ") + text);
 }
 
 } // namespace larkspur

@@ -3,7 +3,7 @@
 #include <QJsonArray>
 #include <QString>
 
-#include <optional>
+#include <expected>
 
 namespace larkspur {
 
@@ -14,16 +14,24 @@ class JsonListFile {
   public:
     JsonListFile(QString path, Logger &logger);
 
-    /// Nothing for a missing file and for one that holds no list.
-    std::optional<QJsonArray> read() const;
+    /// An empty list for a missing file. The error, for one that cannot be read or holds no list, is one line
+    /// of text.
+    std::expected<QJsonArray, QString> read() const;
 
     /// Replaces the file as a whole. A failure is logged; false then.
     bool write(const QJsonArray &list) const;
 
-    /// Before the first writing over contents that nobody understood: keeps them beside the file.
-    void setAside() const;
+    /// Before the first writing over contents that nobody understood: keeps them beside the file. False if
+    /// that failed; then nothing may be written over them.
+    bool setAside() const;
+    /// The file in which such contents are kept; empty if there is none.
+    QString keptAside() const;
+    const QString &path() const { return m_path; }
+    void warn(const QString &text) const;
 
   private:
+    QString asidePath() const { return m_path + QStringLiteral(".unreadable"); }
+
     QString m_path;
     Logger &m_logger;
 };

@@ -30,8 +30,6 @@ QJsonObject typeToJson(const SnoozeType &type) {
 
 std::optional<SnoozeType> typeFromJson(const QJsonValue &json) {
     const QJsonObject type = json.toObject();
-    if (type.size() != 1)
-        return std::nullopt;
     if (type.value(untilNextVersionCase).isObject())
         return UntilNextVersion();
     const QString text = type.value(durationCase).toObject().value(durationValue).toString();

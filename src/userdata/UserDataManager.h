@@ -26,10 +26,14 @@ class UserDataManager : public QObject {
     bool unsnoozePackage(const QString &name);
     bool isPackageSnoozed(const QString &name, const QString &currentVersion) const;
 
+    /// Why packages may be snoozed that are not in the list: a sentence, empty if the list is whole.
+    QString snoozedDamage() const { return m_snoozedPackages.damage(); }
+
     /// The newest first, at most `longestHistory`.
     const QList<HistoryEntry> &history() const { return m_history.records(); }
     bool addHistoryEntry(HistoryAction action, const QString &packageName, bool isCask, bool success);
     static constexpr qsizetype longestHistory = 500;
+    QString historyDamage() const { return m_history.damage(); }
 
     /// Takes over what another program has written since.
     void reload();

@@ -123,11 +123,13 @@ class UserDataManagerTest : public QObject {
         world.data.addHistoryEntry(HistoryAction::Install, "heron", false, true);
         QCOMPARE(world.data.history().size(), 2);
         QVERIFY(!world.data.isPackageSnoozed("heron", "2.0"));
+        const QSignalSpy happened(&world.data, &UserDataManager::historyChanged);
+        other.addHistoryEntry(HistoryAction::Uninstall, "kelp", false, true);
         world.data.reload();
-        QVERIFY(world.data.isPackageSnoozed("heron", "2.0"));
-        QCOMPARE(changed.size(), 1);
+        QVERIFY(world.data.isPackageSnoozed("heron", "2.0") && world.data.history().size() == 3);
+        QVERIFY(changed.size() == 1 && happened.size() == 1);
         world.data.reload();
-        QCOMPARE(changed.size(), 1);
+        QVERIFY(changed.size() == 1 && happened.size() == 1);
     }
 
     void whatCannotBeReadIsKept_data() {
@@ -145,10 +147,30 @@ class UserDataManagerTest : public QObject {
         Fixture::write(world.file("snoozed_packages.json"), contents);
         UserDataManager data = world.open();
         QVERIFY(data.snoozedPackages().isEmpty());
+        QVERIFY(data.snoozedDamage().contains(world.file("snoozed_packages.json")));
+        QVERIFY(world.fixture.logText().contains(world.file("snoozed_packages.json")));
         QCOMPARE(world.bytes("snoozed_packages.json"), contents); // reading changes nothing
         QVERIFY(data.snoozePackage("kelp", "1", false, UntilNextVersion()));
         QCOMPARE(world.json("snoozed_packages.json").size(), 1);
         QCOMPARE(world.bytes("snoozed_packages.json.unreadable"), contents);
+        QVERIFY(world.open().snoozedDamage().contains(".unreadable")); // what is missing is missing still
+        QVERIFY(QFile::remove(world.file("snoozed_packages.json.unreadable")));
+        QVERIFY(world.open().snoozedDamage().isEmpty());
+    }
+
+    void oneBadRecordCostsNoOther() {
+        World world;
+        world.data.snoozePackage("heron", "2.0", false, UntilNextVersion());
+        world.data.snoozePackage("kelp", "1", false, UntilNextVersion());
+        QVERIFY(world.data.snoozedDamage().isEmpty() && world.data.historyDamage().isEmpty());
+        const QByteArray damaged = world.bytes("snoozed_packages.json").replace("\"kelp\"", "7");
+        Fixture::write(world.file("snoozed_packages.json"), damaged);
+        world.data.reload();
+        QVERIFY(world.data.isPackageSnoozed("heron", "2.0"));
+        QVERIFY(world.data.snoozedDamage().startsWith("1 of the entries in "));
+        QVERIFY(world.data.snoozePackage("dovetail", "1", false, UntilNextVersion()));
+        QCOMPARE(world.json("snoozed_packages.json").size(), 2);
+        QCOMPARE(world.bytes("snoozed_packages.json.unreadable"), damaged);
     }
 
     void withoutADiskEverythingHoldsInMemory() {

@@ -1,6 +1,7 @@
 #include "inventory/cache/PackageCache.h"
 
 #include "core/files/AtomicFile.h"
+#include "core/files/WholeFile.h"
 #include "core/log/Logger.h"
 #include "inventory/records/RecordJson.h"
 
@@ -72,10 +73,11 @@ void PackageCache::save(const QString &file, const QList<Record> &records) {
 
 template <typename Record>
 std::optional<CachedData<Record>> PackageCache::load(const QString &file) const {
-    QFile source(path(file));
-    if (!source.open(QIODevice::ReadOnly))
+    constexpr qint64 largest = 256 * 1024 * 1024; // bytes
+    const auto text = readWholeFile(path(file), largest);
+    if (!text)
         return std::nullopt;
-    const QJsonObject document = QJsonDocument::fromJson(source.readAll()).object();
+    const QJsonObject document = QJsonDocument::fromJson(*text).object();
     const auto timestamp = dateFromText(document.value(QLatin1String("timestamp")).toString());
     const QJsonValue data = document.value(QLatin1String("data"));
     if (!timestamp || !data.isArray())

@@ -184,14 +184,17 @@ CaskJSON decodeCask(Value value, const Path &path) {
 
 Decoded<BrewInfoResponse> decodeBrewInfo(const QByteArray &bytes) {
     return json::document<BrewInfoResponse>(bytes, [](Value root, const Path &path) {
-        BrewInfoResponse response;
+        std::optional<LossyArray<FormulaJSON>> formulae;
+        std::optional<LossyArray<CaskJSON>> casks;
         json::forEachField(root, path, [&](std::string_view key, Value field, const Path &at) {
             if (key == "formulae" && !json::isNull(field))
-                response.formulae = LossyArray<FormulaJSON>::decode(field, at, decodeFormula);
+                formulae = LossyArray<FormulaJSON>::decode(field, at, decodeFormula);
             else if (key == "casks" && !json::isNull(field))
-                response.casks = LossyArray<CaskJSON>::decode(field, at, decodeCask);
+                casks = LossyArray<CaskJSON>::decode(field, at, decodeCask);
         });
-        return response;
+        if (!formulae || !casks)
+            json::failMissing(formulae ? "casks" : "formulae", path);
+        return BrewInfoResponse{std::move(*formulae), std::move(*casks)};
     });
 }
 

@@ -5,7 +5,8 @@
 
 namespace larkspur {
 
-/// Decodes the output of a `brew info` with JSON version 2. Broken elements are left out and described.
+/// Decodes the output of a `brew info` with JSON version 2. Broken elements are left out and described;
+/// a list that is missing, or of which nothing can be read, fails.
 Decoded<BrewInfoResponse> decodeBrewInfo(const QByteArray &bytes);
 
 /// Decodes a bare array of casks, as the public catalogue is.

@@ -11,6 +11,8 @@ QString DecodingError::description() const {
         return QStringLiteral("Value not found: expected ") + subject + where;
     case Kind::KeyMissing:
         return QStringLiteral("Key '") + subject + QLatin1Char('\'') + QStringLiteral(" not found") + where;
+    case Kind::TooLong:
+        return QStringLiteral("More than ") + subject + where;
     case Kind::DataCorrupted:
         break;
     }

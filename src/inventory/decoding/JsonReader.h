@@ -97,6 +97,7 @@ struct LossyArray {
     template <typename DecodeElement>
     static LossyArray decode(json::Value value, const json::Path &path, DecodeElement decodeElement) {
         LossyArray list;
+        std::optional<json::Failure> first;
         json::forEachElement(value, path, [&](json::Value element, const json::Path &at) {
             try {
                 list.elements.append(decodeElement(element, at));
@@ -104,8 +105,12 @@ struct LossyArray {
                 if (failure.isFatal)
                     throw;
                 list.failures.append(failure.error.description());
+                if (!first)
+                    first = failure;
             }
         });
+        if (first && list.elements.isEmpty()) // not a list without elements: one that nobody could read
+            throw json::Failure(*first);
         return list;
     }
 };

@@ -108,16 +108,18 @@ QSet<QString> asSet(const QStringList &names) {
 
 Decoded<OutdatedResponse> decodeOutdated(const QByteArray &bytes) {
     return json::document<OutdatedResponse>(bytes, [](Value root, const Path &path) {
-        OutdatedResponse response;
+        std::optional<LossyArray<OutdatedFormula>> formulae;
+        std::optional<LossyArray<OutdatedCask>> casks;
         json::forEachField(root, path, [&](std::string_view key, Value field, const Path &at) {
             if (key == "formulae" && !json::isNull(field))
-                response.formulae =
+                formulae =
                     LossyArray<OutdatedFormula>::decode(field, at, decodeOutdatedPackage<OutdatedFormula>);
             else if (key == "casks" && !json::isNull(field))
-                response.casks =
-                    LossyArray<OutdatedCask>::decode(field, at, decodeOutdatedPackage<OutdatedCask>);
+                casks = LossyArray<OutdatedCask>::decode(field, at, decodeOutdatedPackage<OutdatedCask>);
         });
-        return response;
+        if (!formulae || !casks)
+            json::failMissing(formulae ? "casks" : "formulae", path);
+        return OutdatedResponse{std::move(*formulae), std::move(*casks)};
     });
 }
 

@@ -8,6 +8,8 @@
 #include "inventory/decoding/BrewInfoDecoder.h"
 #include "inventory/decoding/Conversion.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QThread>
 
 #include <algorithm>
@@ -16,9 +18,7 @@ namespace larkspur {
 
 namespace {
 
-const QString jsonV2 = QStringLiteral("--json=v2");
-const QString cask = QStringLiteral("--cask");
-const QString formula = QStringLiteral("--formula");
+constexpr char jsonV2[] = "--json=v2";
 
 template <typename T>
 using WithFailures = InventoryQueries::WithFailures<T>;
@@ -90,7 +90,7 @@ InventoryQueries::InventoryQueries(BrewService &brew, Preferences &preferences, 
     , m_logger(logger)
     , m_atOnce(std::max(2, QThread::idealThreadCount())) {}
 
-Task<Result<ShellResult>> InventoryQueries::ask(QStringList arguments, StopToken stop, Cost cost) {
+Task<Result<ShellResult>> InventoryQueries::ask(BrewArguments arguments, StopToken stop, Cost cost) {
     std::optional<FairSemaphore::Permit> permit;
     if (cost == Cost::Ordinary) {
         permit = co_await m_atOnce.acquire(stop);
@@ -106,7 +106,7 @@ Task<Result<ShellResult>> InventoryQueries::ask(QStringList arguments, StopToken
     co_return std::move(*result);
 }
 
-Task<Result<QStringList>> InventoryQueries::askForNames(QStringList arguments, StopToken stop, Cost cost) {
+Task<Result<QStringList>> InventoryQueries::askForNames(BrewArguments arguments, StopToken stop, Cost cost) {
     const auto answer = co_await ask(std::move(arguments), std::move(stop), cost);
     if (!answer)
         co_return std::unexpected(answer.error());
@@ -118,43 +118,50 @@ Task<Result<QStringList>> InventoryQueries::askForNames(QStringList arguments, S
 }
 
 template <typename T>
-Result<T> InventoryQueries::checked(Decoded<WithFailures<T>> decoded, const QString &logPrefix) {
+Result<T> InventoryQueries::checked(Decoded<WithFailures<T>> decoded, const QString &logPrefix,
+                                    int *unreadable) {
     if (!decoded) {
         m_logger.error(logPrefix + decoded.error().description());
         return std::unexpected(BrewError::invalidOutput(decoded.error().description()));
     }
     for (const QString &failure : decoded->failures)
-        m_logger.error(QStringLiteral("[Larkspur] An entry of Homebrew's answer was left out: ") + failure);
+        logLeftOut(failure);
+    if (unreadable)
+        *unreadable = static_cast<int>(decoded->failures.size());
     return std::move(decoded->value);
 }
 
+void InventoryQueries::logLeftOut(const QString &what) {
+    m_logger.error(QStringLiteral("[Larkspur] An entry of Homebrew's answer was left out: ") + what);
+}
+
 Task<Result<QList<Formula>>> InventoryQueries::installedFormulae(StopToken stop) {
-    auto answer =
-        co_await ask({QStringLiteral("info"), QStringLiteral("--installed"), jsonV2}, std::move(stop));
+    auto answer = co_await ask({"info", "--installed", jsonV2}, std::move(stop));
     if (!answer)
         co_return std::unexpected(answer.error());
     auto decoded =
         co_await runInWorker([bytes = std::move(answer->outputBytes)] { return formulaeOf(bytes); });
     co_return checked(std::move(decoded),
-                      QStringLiteral("[Larkspur] JSON decoding error in getInstalledFormulae: "));
+                      QStringLiteral("[Larkspur] JSON decoding error in getInstalledFormulae: "),
+                      &m_unreadableFormulae);
 }
 
 Task<Result<QList<Cask>>> InventoryQueries::installedCasks(StopToken stop) {
-    auto answer =
-        co_await ask({QStringLiteral("info"), QStringLiteral("--installed"), cask, jsonV2}, std::move(stop));
+    auto answer = co_await ask({"info", "--installed", "--cask", jsonV2}, std::move(stop));
     if (!answer && answer.error().text.contains(QLatin1String("No casks to list")))
         co_return QList<Cask>();
     if (!answer)
         co_return std::unexpected(answer.error());
     auto decoded = co_await runInWorker([bytes = std::move(answer->outputBytes)] { return casksOf(bytes); });
     co_return checked(std::move(decoded),
-                      QStringLiteral("[Larkspur] JSON decoding error in getInstalledCasks: "));
+                      QStringLiteral("[Larkspur] JSON decoding error in getInstalledCasks: "),
+                      &m_unreadableCasks);
 }
 
 Task<Result<QList<OutdatedPackage>>> InventoryQueries::outdated(StopToken stop) {
-    QStringList arguments{QStringLiteral("outdated"), jsonV2};
+    BrewArguments arguments{"outdated", jsonV2};
     if (m_preferences.boolean(keys::includeAutoUpdateCasks))
-        arguments.append(QStringLiteral("--greedy-auto-updates"));
+        arguments.append("--greedy-auto-updates");
     auto answer = co_await ask(std::move(arguments), std::move(stop));
     if (!answer)
         co_return std::unexpected(answer.error());
@@ -163,19 +170,17 @@ Task<Result<QList<OutdatedPackage>>> InventoryQueries::outdated(StopToken stop) 
 }
 
 Task<Result<QSet<QString>>> InventoryQueries::leaves(StopToken stop) {
-    const auto names = co_await askForNames({QStringLiteral("leaves")}, std::move(stop));
+    const auto names = co_await askForNames({"leaves"}, std::move(stop));
     co_return names ? Result<QSet<QString>>(shortNames(*names)) : std::unexpected(names.error());
 }
 
 Task<Result<QSet<QString>>> InventoryQueries::pinned(StopToken stop) {
-    const auto names =
-        co_await askForNames({QStringLiteral("list"), QStringLiteral("--pinned")}, std::move(stop));
+    const auto names = co_await askForNames({"list", "--pinned"}, std::move(stop));
     co_return names ? Result<QSet<QString>>(shortNames(*names)) : std::unexpected(names.error());
 }
 
 Task<Result<QList<BrewServiceInfo>>> InventoryQueries::services(StopToken stop) {
-    const auto answer = co_await ask(
-        {QStringLiteral("services"), QStringLiteral("list"), QStringLiteral("--json")}, std::move(stop));
+    const auto answer = co_await ask({"services", "list", "--json"}, std::move(stop));
     if (!answer)
         co_return std::unexpected(answer.error());
     if (answer->outputBytes.trimmed().isEmpty())
@@ -196,13 +201,22 @@ Task<Result<BrewServiceInfo>> InventoryQueries::service(QString name, StopToken 
 }
 
 Task<Result<QList<TapInfo>>> InventoryQueries::taps(StopToken stop) {
-    const auto names = co_await askForNames({QStringLiteral("tap")}, stop, Cost::Quick);
+    const auto names = co_await askForNames({"tap"}, stop, Cost::Quick);
     if (!names)
         co_return std::unexpected(names.error());
-    if (names->isEmpty())
+    BrewArguments arguments{"tap-info", "--json"};
+    bool isOneNamed = false;
+    for (const QString &text : *names) {
+        const auto name = TapName::parse(text);
+        if (name)
+            arguments.append(*name);
+        else
+            logLeftOut(QStringLiteral("\"%1\" is no name of a tap").arg(text));
+        isOneNamed = isOneNamed || name;
+    }
+    if (!isOneNamed)
         co_return QList<TapInfo>();
-    const auto answer = co_await ask(
-        QStringList{QStringLiteral("tap-info"), QStringLiteral("--json")} + *names, std::move(stop));
+    const auto answer = co_await ask(std::move(arguments), std::move(stop));
     if (!answer)
         co_return std::unexpected(answer.error());
     auto decoded = decodeTaps(answer->outputBytes);
@@ -211,7 +225,7 @@ Task<Result<QList<TapInfo>>> InventoryQueries::taps(StopToken stop) {
 }
 
 Task<Result<TrustState>> InventoryQueries::trust(StopToken stop) {
-    const auto answer = co_await ask({QStringLiteral("trust"), QStringLiteral("--json=v1")}, std::move(stop));
+    const auto answer = co_await ask({"trust", "--json=v1"}, std::move(stop));
     if (!answer)
         co_return std::unexpected(answer.error());
     auto decoded = decodeTrust(answer->outputBytes);
@@ -221,13 +235,14 @@ Task<Result<TrustState>> InventoryQueries::trust(StopToken stop) {
 }
 
 Task<Result<QStringList>> InventoryQueries::installedFullNames(StopToken stop) {
-    co_return co_await askForNames({QStringLiteral("list"), QStringLiteral("--full-name")}, std::move(stop));
+    co_return co_await askForNames({"list", "--full-name"}, std::move(stop));
 }
 
 Task<Result<Formula>> InventoryQueries::formulaDetails(QString name, StopToken stop) {
-    if (!isValidPackageName(name))
+    const auto word = PackageName::parse(name);
+    if (!word)
         co_return std::unexpected(BrewError::packageNotFound(name));
-    const auto answer = co_await ask({QStringLiteral("info"), formula, jsonV2, name}, std::move(stop));
+    const auto answer = co_await ask({"info", "--formula", jsonV2, *word}, std::move(stop));
     if (!answer)
         co_return std::unexpected(reportsUnknownName(answer.error().text) ? BrewError::packageNotFound(name)
                                                                           : answer.error());
@@ -240,9 +255,10 @@ Task<Result<Formula>> InventoryQueries::formulaDetails(QString name, StopToken s
 }
 
 Task<Result<Cask>> InventoryQueries::caskDetails(QString token, StopToken stop) {
-    if (!isValidPackageName(token))
+    const auto word = PackageName::parse(token);
+    if (!word)
         co_return std::unexpected(BrewError::packageNotFound(token));
-    const auto answer = co_await ask({QStringLiteral("info"), cask, jsonV2, token}, std::move(stop));
+    const auto answer = co_await ask({"info", "--cask", jsonV2, *word}, std::move(stop));
     if (!answer)
         co_return std::unexpected(reportsUnknownName(answer.error().text) ? BrewError::packageNotFound(token)
                                                                           : answer.error());
@@ -255,11 +271,11 @@ Task<Result<Cask>> InventoryQueries::caskDetails(QString token, StopToken stop) 
 }
 
 Task<Result<SearchHits>> InventoryQueries::search(QString text, StopToken stop) {
-    const QString wanted = text.trimmed();
-    if (wanted.isEmpty() || wanted.startsWith(QLatin1Char('-')))
-        co_return SearchHits(); // a leading dash would be an option
-    auto formulaSearch = searchKind(formula, wanted, stop);
-    auto caskSearch = searchKind(cask, wanted, stop);
+    const auto wanted = SearchText::parse(text);
+    if (!wanted)
+        co_return SearchHits();
+    auto formulaSearch = searchKind("--formula", *wanted, stop);
+    auto caskSearch = searchKind("--cask", *wanted, stop);
     const auto formulae = co_await formulaSearch;
     const auto casks = co_await caskSearch;
     if (!formulae)
@@ -269,28 +285,37 @@ Task<Result<SearchHits>> InventoryQueries::search(QString text, StopToken stop) 
     co_return SearchHits{*formulae, *casks};
 }
 
-Task<Result<QStringList>> InventoryQueries::searchKind(QString kind, QString text, StopToken stop) {
-    auto names = co_await askForNames({QStringLiteral("search"), kind, text}, std::move(stop));
+Task<Result<QStringList>> InventoryQueries::searchKind(BrewWord kind, SearchText text, StopToken stop) {
+    auto names = co_await askForNames({"search", kind, text}, std::move(stop));
     if (!names && names.error().kind == BrewError::Kind::CommandFailed &&
         names.error().text.contains(QLatin1String("No formulae or casks found")))
         co_return QStringList();
     if (names) // on some systems headers come with the names
-        names->removeIf([](const QString &name) { return !isValidPackageName(name); });
+        names->removeIf([](const QString &name) { return !PackageName::parse(name); });
     co_return names;
 }
 
 Task<Result<QStringList>> InventoryQueries::tapNames(StopToken stop) {
-    co_return co_await askForNames({QStringLiteral("tap")}, std::move(stop), Cost::Quick);
+    co_return co_await askForNames({"tap"}, std::move(stop), Cost::Quick);
 }
 
 Task<Result<QStringList>> InventoryQueries::dependents(QString name, StopToken stop) {
-    co_return co_await askForNames({QStringLiteral("uses"), QStringLiteral("--installed"), std::move(name)},
-                                   std::move(stop));
+    const auto word = PackageName::parse(name);
+    if (!word)
+        co_return std::unexpected(BrewError::packageNotFound(name));
+    co_return co_await askForNames({"uses", "--installed", *word}, std::move(stop));
 }
 
 Task<Result<QString>> InventoryQueries::homebrewPrefix(StopToken stop) {
-    const auto answer = co_await ask({QStringLiteral("--prefix")}, std::move(stop), Cost::Quick);
-    co_return answer ? Result<QString>(answer->standardOutput().trimmed()) : std::unexpected(answer.error());
+    const auto lines = co_await askForNames({"--prefix"}, std::move(stop), Cost::Quick);
+    if (!lines)
+        co_return std::unexpected(lines.error());
+    // Whatever else is printed, a path beside it may be another's: an empty Homebrew would be seen there.
+    const QString path = lines->size() == 1 ? lines->first() : QString();
+    if (QDir::isRelativePath(path) || !QFileInfo(path).isDir())
+        co_return std::unexpected(BrewError::invalidOutput(QStringLiteral("brew --prefix names no folder: ") +
+                                                           lines->join(QStringLiteral(" / "))));
+    co_return QString(path);
 }
 
 } // namespace larkspur

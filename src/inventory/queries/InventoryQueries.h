@@ -2,6 +2,7 @@
 
 #include "core/async/FairSemaphore.h"
 #include "core/async/Task.h"
+#include "core/brew/BrewArguments.h"
 #include "core/errors/Result.h"
 #include "core/process/ShellResult.h"
 #include "inventory/decoding/ListDecoders.h"
@@ -54,6 +55,9 @@ class InventoryQueries {
     Task<Result<SearchHits>> search(QString text, StopToken stop = {});
     Task<Result<QString>> homebrewPrefix(StopToken stop = {});
 
+    /// How many entries of the last answers about installed packages could not be read and are left out.
+    int unreadablePackages() const { return m_unreadableFormulae + m_unreadableCasks; }
+
     /// What was decoded, with a line for each element that was left out.
     template <typename T>
     struct WithFailures {
@@ -64,17 +68,21 @@ class InventoryQueries {
   private:
     /// Quick: brew answers from its launcher script within milliseconds and needs no core of its own.
     enum class Cost { Ordinary, Quick };
-    Task<Result<ShellResult>> ask(QStringList arguments, StopToken stop, Cost cost = Cost::Ordinary);
-    Task<Result<QStringList>> askForNames(QStringList arguments, StopToken stop, Cost cost = Cost::Ordinary);
-    Task<Result<QStringList>> searchKind(QString kind, QString text, StopToken stop);
-    /// The decoded value; what failed is logged.
+    Task<Result<ShellResult>> ask(BrewArguments arguments, StopToken stop, Cost cost = Cost::Ordinary);
+    Task<Result<QStringList>> askForNames(BrewArguments arguments, StopToken stop,
+                                          Cost cost = Cost::Ordinary);
+    Task<Result<QStringList>> searchKind(BrewWord kind, SearchText text, StopToken stop);
+    /// The decoded value; what failed is logged, and counted where that is wanted.
     template <typename T>
-    Result<T> checked(Decoded<WithFailures<T>> decoded, const QString &logPrefix);
+    Result<T> checked(Decoded<WithFailures<T>> decoded, const QString &logPrefix, int *unreadable = nullptr);
+    void logLeftOut(const QString &what);
 
     BrewService &m_brew;
     Preferences &m_preferences;
     Logger &m_logger;
     FairSemaphore m_atOnce;
+    int m_unreadableFormulae = 0;
+    int m_unreadableCasks = 0;
 };
 
 } // namespace larkspur

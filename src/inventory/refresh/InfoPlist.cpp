@@ -1,6 +1,6 @@
 #include "inventory/refresh/InfoPlist.h"
 
-#include <QFile>
+#include "core/files/WholeFile.h"
 
 #include <plist/plist.h>
 
@@ -11,7 +11,7 @@ namespace larkspur {
 
 namespace {
 
-constexpr qint64 largestPlist = 4 * 1024 * 1024;
+constexpr qint64 largestPlist = 4 * 1024 * 1024; // bytes
 
 struct FreePlist {
     void operator()(void *node) const { plist_free(node); }
@@ -34,12 +34,11 @@ std::optional<QString> stringItem(plist_t dictionary, const char *key) {
 } // namespace
 
 std::optional<InfoPlist> readInfoPlist(const QString &path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly) || file.size() > largestPlist)
+    const auto bytes = readWholeFile(path, largestPlist);
+    if (!bytes)
         return std::nullopt;
-    const QByteArray bytes = file.readAll();
     plist_t parsed = nullptr;
-    plist_from_memory(bytes.constData(), static_cast<uint32_t>(bytes.size()), &parsed);
+    plist_from_memory(bytes->constData(), static_cast<uint32_t>(bytes->size()), &parsed);
     const Plist root(parsed);
     if (!parsed || plist_get_node_type(parsed) != PLIST_DICT)
         return std::nullopt;

@@ -6,6 +6,8 @@
 #include "inventory/refresh/HiddenTaps.h"
 #include "inventory/refresh/XcodeSetup.h"
 
+#include <algorithm>
+
 namespace larkspur {
 
 namespace {
@@ -109,6 +111,7 @@ void InventoryRefresh::begin() {
     m_isRunning = true;
     ++m_started;
     m_failures.clear();
+    m_errors.clear();
     m_xcodeFailure = false;
     m_state.update([](Inventory &inventory) {
         inventory.isRefreshing = inventory.hasLoaded;
@@ -124,6 +127,8 @@ void InventoryRefresh::finish() {
         inventory.isStale = inventory.isStale && !m_failures.isEmpty();
         inventory.hasLoaded = inventory.hasLoaded || m_failures.isEmpty();
         inventory.refreshFailures = m_failures;
+        inventory.refreshErrors = m_errors;
+        inventory.unreadablePackages = m_queries.unreadablePackages();
         inventory.needsXcodeSetup = m_xcodeFailure;
     });
 }
@@ -133,7 +138,15 @@ void InventoryRefresh::noteFailure(const QString &prefix, const BrewError &error
         return;
     m_logger.error(prefix + error.description());
     m_failures.append(prefix.section(QStringLiteral("] "), -1) + error.description());
-    m_xcodeFailure = m_xcodeFailure || needsXcodeSetup(error.text);
+    const AppError shown = AppError::from(error);
+    const QString id = shown.stableIdentifier();
+    const auto known = std::ranges::find_if(m_errors, [&](const RepeatedError &earlier) {
+        return earlier.error == shown || (!id.isEmpty() && earlier.error.stableIdentifier() == id);
+    });
+    if (known == m_errors.end())
+        m_errors.append({shown});
+    else
+        ++known->count;
 }
 
 Task<bool> InventoryRefresh::loadFormulae(StopToken stop) {
@@ -141,6 +154,7 @@ Task<bool> InventoryRefresh::loadFormulae(StopToken stop) {
     auto formulae = co_await m_queries.installedFormulae(std::move(stop));
     if (!formulae) {
         noteFailure(QStringLiteral("[Larkspur] Failed to load formulae: "), formulae.error());
+        m_xcodeFailure = m_xcodeFailure || failsForXcode(formulae.error().text);
         co_return false;
     }
     if (generation == m_cacheGeneration)
@@ -157,6 +171,7 @@ Task<bool> InventoryRefresh::loadCasks(StopToken stop) {
     auto casks = co_await m_queries.installedCasks(std::move(stop));
     if (!casks) {
         noteFailure(QStringLiteral("[Larkspur] Failed to load casks: "), casks.error());
+        m_xcodeFailure = m_xcodeFailure || failsForXcode(casks.error().text);
         co_return false;
     }
     keepFacts(m_state.value().installedCasks, *casks);
@@ -174,6 +189,7 @@ Task<bool> InventoryRefresh::loadOutdated(StopToken stop) {
     auto outdated = co_await m_queries.outdated(std::move(stop));
     if (!outdated) {
         noteFailure(QStringLiteral("[Larkspur] Failed to load outdated: "), outdated.error());
+        m_xcodeFailure = m_xcodeFailure || failsForXcode(outdated.error().text);
         co_return false;
     }
     if (generation == m_cacheGeneration)

@@ -55,6 +55,7 @@ class InventoryRefresh : public QObject {
     int m_finished = 0;
     int m_cacheGeneration = 0; ///< grows when the installed set changes: answers from before are not cached
     QStringList m_failures;
+    QList<RepeatedError> m_errors;
     bool m_xcodeFailure = false;
 };
 

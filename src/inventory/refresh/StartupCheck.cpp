@@ -25,7 +25,7 @@ Task<StartupOutcome> StartupCheck::run(StopToken stop) {
 
 Task<StartupOutcome> StartupCheck::readVersion(StopToken stop) {
     const auto result = co_await m_brew.execute(
-        {.arguments = {QStringLiteral("--version")}, .suppressAutoUpdate = true, .stop = std::move(stop)});
+        {.arguments = {"--version"}, .suppressAutoUpdate = true, .stop = std::move(stop)});
     if (!result)
         co_return result.error().kind == BrewError::Kind::BrewNotInstalled ? StartupOutcome::BrewNotInstalled
                                                                            : StartupOutcome::Ready;
@@ -33,7 +33,7 @@ Task<StartupOutcome> StartupCheck::readVersion(StopToken stop) {
         co_return StartupOutcome::XcodeSetupRequired;
     const QString version = versionFromOutput(result->standardOutput());
     if (!version.isEmpty()) {
-        m_preferences.set(keys::lastKnownHomebrewVersion, version);
+        m_preferences.remember(keys::lastKnownHomebrewVersion, version);
         m_state.update([&](Inventory &inventory) { inventory.brewVersion = version; });
     }
     co_return StartupOutcome::Ready;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/errors/AppError.h"
 #include "inventory/records/BrewServiceInfo.h"
 #include "inventory/records/OutdatedPackage.h"
 #include "inventory/records/Package.h"
@@ -11,6 +12,14 @@
 #include <optional>
 
 namespace larkspur {
+
+/// A failure, and how often it came.
+struct RepeatedError {
+    AppError error;
+    int count = 1;
+
+    bool operator==(const RepeatedError &) const = default;
+};
 
 enum class PackageSortOrder { Name, InstallDate, Size };
 
@@ -44,6 +53,10 @@ struct Inventory {
 
     /// Failures of the last refresh, one line each; the lists they concern are those from before.
     QStringList refreshFailures;
+    /// The same for the interface: what is the same to a person stands here once.
+    QList<RepeatedError> refreshErrors;
+    /// How many installed packages Homebrew told about in words that could not be read.
+    int unreadablePackages = 0;
     /// Homebrew said that Xcode's tools are not set up: nothing can be read before they are.
     bool needsXcodeSetup = false;
 

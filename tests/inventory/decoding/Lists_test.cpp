@@ -27,6 +27,12 @@ class ListsTest : public QObject {
                  QStringList{"Value not found: expected string at 'formulae.1.current_version'"});
     }
 
+    void aMissingListOfOutdatedPackagesIsNoEmptyOne() {
+        QVERIFY(decodeOutdated("{\"formulae\":[],\"casks\":[]}"));
+        for (const char *text : {"{\"formulae\":[]}", "{\"casks\":[]}", "{\"formulae\":[],\"casks\":null}"})
+            QVERIFY2(!decodeOutdated(text), text);
+    }
+
     void services() {
         const auto list =
             decodeServices(asJson("[{'name':'a','status':'started','user':'me','file':'/f','exit_code':0},"

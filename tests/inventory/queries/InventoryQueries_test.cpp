@@ -23,6 +23,20 @@ class InventoryQueriesTest : public QObject {
         QVERIFY(await(world.queries.pinned())->isEmpty());
     }
 
+    void thePrefixIsOneFolderOrNone() {
+        World world;
+        const QByteArray folder = world.folder.path().toUtf8();
+        world.shell.answer("--prefix", '\n' + folder + "\n\n");
+        QCOMPARE(*await(world.queries.homebrewPrefix()), world.folder.path());
+        for (const QByteArray &answer :
+             {QByteArray(), QByteArray("Updating...\n" + folder), folder + "\nmore\n",
+              QByteArray(folder + "/gone"), QByteArray("."), QByteArray(folder + "/brew")}) {
+            world.shell.answer("--prefix", answer);
+            const auto prefix = await(world.queries.homebrewPrefix());
+            QVERIFY2(!prefix && prefix.error().kind == BrewError::Kind::InvalidOutput, answer.constData());
+        }
+    }
+
     void greedyOnlyWhenAsked() {
         World world;
         world.shell.answer("outdated --json=v2", "{\"formulae\":[],\"casks\":[]}");
@@ -58,6 +72,12 @@ class InventoryQueriesTest : public QObject {
                            "{\"formulae\":[{\"name\":\"a\"},{\"name\":3}],\"casks\":[]}");
         QCOMPARE(await(world.queries.installedFormulae())->size(), 1);
         QVERIFY(world.logText().contains("Type mismatch: expected string at 'formulae.1.name'"));
+        world.shell.answer("tap", "acme/tools\n--eval-all\n");
+        world.shell.answer("tap-info --json acme/tools", "[{\"name\":\"acme/tools\"}]");
+        QCOMPARE(await(world.queries.taps())->size(), 1);
+        QVERIFY(world.logText().contains("\"--eval-all\" is no name of a tap"));
+        world.shell.answer("tap", "--eval-all\n"); // then nothing is asked, for that would mean every tap
+        QVERIFY(await(world.queries.taps())->isEmpty());
     }
 
     void hostileWordsReachNoCommand() {

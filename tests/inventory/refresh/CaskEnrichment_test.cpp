@@ -1,8 +1,11 @@
 #include "inventory/refresh/CaskEnrichment.h"
+#include "inventory/refresh/CaskReceipt.h"
 #include "tests/support/Fixture.h"
 
 #include <QDir>
 #include <QTest>
+
+#include <sys/stat.h>
 
 using namespace larkspur;
 using namespace larkspur::test;
@@ -52,6 +55,22 @@ class CaskEnrichmentTest : public QObject {
         QCOMPARE(read("b").actualVersion, "4");
     }
 
+    void whatIsNoApplicationIsNotTakenForOne() {
+        write("Caskroom/e/.metadata/INSTALL_RECEIPT.json",
+              "{\"uninstall_artifacts\":[{\"app\":[\"Sub/X.app\"]},{\"app\":[\"..\"]},{\"app\":[\".app\"]},"
+              "{\"app\":[7]},{\"target\":\"/etc/Y.app\"},{\"app\":[\"Z.app\",{\"target\":\"/a/../b/"
+              "W.app\"}]}]}");
+        write("Caskroom/e/.metadata/config.json",
+              "{\"explicit\":{\"appdir\":\"relative\"},\"env\":{\"appdir\":\"/one/../two\"}}");
+        const CaskReceipt receipt = CaskReceipt::at(in("Caskroom/e")).value_or(CaskReceipt());
+        QCOMPARE(receipt.applications.size(), 2);
+        QCOMPARE(receipt.applications[0].name, "X.app");
+        QCOMPARE(receipt.applications[0].place, QString());
+        QCOMPARE(receipt.applications[1].name, "W.app");
+        QCOMPARE(receipt.applications[1].place, "/b/W.app");
+        QCOMPARE(receipt.applicationFolder, "/two");
+    }
+
     void appNamesAreTheFallback() {
         bundle("Applications/Plain.app", "5");
         QCOMPARE(read("c", {"Missing.app", "Plain.app"}).actualVersion, "5");
@@ -62,6 +81,13 @@ class CaskEnrichmentTest : public QObject {
         write("Caskroom/d/.metadata/INSTALL_RECEIPT.json", "{\"uninstall_artifacts\":null,\"time\":\"x\"");
         const CaskFacts facts = read("d", {"Bad.app"});
         QVERIFY(!facts.actualVersion && !facts.installedOn);
+        // A pipe in the place of a file is not waited for.
+        QFile::remove(in("Applications/Bad.app/Contents/Info.plist"));
+        QFile::remove(in("Caskroom/d/.metadata/INSTALL_RECEIPT.json"));
+        for (const char *name :
+             {"Applications/Bad.app/Contents/Info.plist", "Caskroom/d/.metadata/INSTALL_RECEIPT.json"})
+            QCOMPARE(::mkfifo(qPrintable(in(name)), 0600), 0);
+        QVERIFY(!read("d", {"Bad.app"}).actualVersion);
     }
 };
 

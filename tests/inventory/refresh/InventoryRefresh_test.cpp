@@ -32,7 +32,7 @@ class InventoryRefreshTest : public QObject {
                          "[{\"name\":\"acme/lab\",\"installed\":true,\"official\":false,\"trusted\":false}]");
             shell.answer("trust --json=v1", "{\"taps\":[]}");
             shell.answer("list --full-name", "a\nacme/lab/secret\n");
-            shell.answer("--prefix", "/nowhere\n");
+            shell.answer("--prefix", folder.path().toUtf8() + QByteArray("\n"));
         }
         void formulae(const QStringList &names) {
             QStringList entries;
@@ -74,6 +74,17 @@ class InventoryRefreshTest : public QObject {
         QVERIFY(!inventory.needsXcodeSetup && !inventory.isRefreshing);
     }
 
+    void differentFailuresAreAllShownAndTheSameOneOnce() {
+        World world;
+        for (const char *query : {"leaves", "list --pinned"})
+            world.shell.answer(query, {}, 1, "Error: broken\n");
+        world.shell.answer("services list --json", {}, 1, "Error: no services here\n");
+        QList<int> counts;
+        for (const RepeatedError &error : world.run().refreshErrors)
+            counts.append(error.count);
+        QCOMPARE(counts, QList<int>({2, 1}));
+    }
+
     void anUnknownTrustStateHidesNothing() {
         World world;
         world.shell.answer("trust --json=v1", {}, 1, "Error: Unknown command: brew trust\n");
@@ -83,12 +94,46 @@ class InventoryRefreshTest : public QObject {
         QVERIFY(world.logText().contains("Failed to run brew trust"));
     }
 
-    void xcodeTroubleIsSeenInAnyQuery() {
+    void xcodeTroubleIsWhatHomebrewCallsAnError() {
         World world;
-        world.shell.answer("leaves", {}, 1, "Error: You have not agreed to the Xcode license.\n");
+        const QByteArray refusal = "You have not agreed to the Xcode license.\n";
+        world.shell.answer("outdated --json=v2", {}, 1, "Error: " + refusal);
         QVERIFY(world.run().needsXcodeSetup);
-        world.shell.answer("leaves", "a\n");
+        world.shell.answer("outdated --json=v2", {}, 1, "Warning: " + refusal + "Error: broken\n");
         QVERIFY(!world.run().needsXcodeSetup);
+        world.shell.answer("outdated --json=v2", "{\"formulae\":[],\"casks\":[]}");
+        world.shell.answer("leaves", {}, 1, "Error: " + refusal); // the lists that matter are there
+        QVERIFY(!world.run().needsXcodeSetup);
+    }
+
+    void anAnswerWithoutItsListIsNoEmptyList_data() {
+        QTest::addColumn<QByteArray>("answer");
+        QTest::newRow("no key") << QByteArray("{\"casks\":[]}");
+        QTest::newRow("null") << QByteArray("{\"formulae\":null,\"casks\":[]}");
+        QTest::newRow("nothing readable") << QByteArray("{\"formulae\":[{\"nome\":\"a\"},7],\"casks\":[]}");
+    }
+    void anAnswerWithoutItsListIsNoEmptyList() {
+        QFETCH(QByteArray, answer);
+        World world;
+        world.run();
+        world.shell.answer("info --installed --json=v2", answer);
+        const Inventory &inventory = world.run();
+        QCOMPARE(inventory.installedFormulae.size(), 1);
+        QCOMPARE(inventory.refreshFailures.size(), 1);
+        QCOMPARE(world.cache.loadFormulae()->data.size(), 1);
+        QVERIFY(world.logText().contains("formulae"));
+    }
+
+    void whatCouldNotBeReadIsCounted() {
+        World world;
+        world.shell.answer("info --installed --json=v2",
+                           "{\"formulae\":[{\"name\":\"a\",\"installed\":[{\"version\":\"1\"}]},{},3],"
+                           "\"casks\":[]}");
+        const Inventory &inventory = world.run();
+        QCOMPARE(inventory.installedFormulae.size(), 1);
+        QCOMPARE(inventory.unreadablePackages, 2);
+        world.formulae({"a"});
+        QCOMPARE(world.run().unreadablePackages, 0);
     }
 
     void requestsDuringARunAreMergedIntoOne() {
@@ -120,6 +165,10 @@ class InventoryRefreshTest : public QObject {
         QCOMPARE(fresh.value().installedFormulae.size(), 1);
         QVERIFY(fresh.value().isStale && fresh.value().hasLoaded);
         QCOMPARE(world.shell.commands().size(), before);
+        world.shell.answer("outdated --json=v2", {}, 1, "Error: broken\n");
+        await(later.refresh());
+        QVERIFY(fresh.value().isStale); // what could not be read anew is as old as before
+        world.shell.answer("outdated --json=v2", "{\"formulae\":[],\"casks\":[]}");
         await(later.refresh());
         QVERIFY(!fresh.value().isStale);
     }
@@ -127,12 +176,34 @@ class InventoryRefreshTest : public QObject {
     void answersFromBeforeAChangeAreNotCached() {
         World world;
         world.run();
-        world.shell.hold("info --installed --json=v2");
+        const QStringList held{"info --installed --json=v2", "info --installed --cask --json=v2",
+                               "outdated --json=v2"};
+        for (const QString &query : held)
+            world.shell.hold(query);
         auto running = world.refresh.refresh();
+        spinUntil([&] { return world.shell.running() > 0; }, 1s);
         world.refresh.invalidateCache(); // an operation begins meanwhile
-        world.shell.release("info --installed --json=v2", "{\"formulae\":[{\"name\":\"old\"}],\"casks\":[]}");
+        for (const QString &query : held) {
+            QVERIFY(spinUntil([&] { return world.shell.isHeld(query); }));
+            world.shell.release(query, "{\"formulae\":[{\"name\":\"old\",\"current_version\":\"1\"}],"
+                                       "\"casks\":[]}");
+        }
         await(std::move(running));
-        QVERIFY(!world.cache.loadFormulae());
+        QVERIFY(!world.cache.loadFormulae() && !world.cache.loadCasks() && !world.cache.loadOutdated());
+    }
+
+    void whatABundleSaidOfItsOldVersionIsForgotten() {
+        World world;
+        world.run();
+        world.state.update([](Inventory &inventory) {
+            inventory.installedCasks.first().actualVersion = "1.0";
+            inventory.installedCasks.first().actualBuild = "100";
+        });
+        QCOMPARE(world.run().installedCasks.first().actualVersion, "1.0"); // the same version: still true
+        world.shell.answer("info --installed --cask --json=v2",
+                           "{\"formulae\":[],\"casks\":[{\"token\":\"c\",\"name\":[],\"version\":\"2\"}]}");
+        QVERIFY(!world.run().installedCasks.first().actualVersion);
+        QVERIFY(!world.state.value().installedCasks.first().actualBuild);
     }
 
     void aStoppedRefreshLeavesNoBusyFlag() {

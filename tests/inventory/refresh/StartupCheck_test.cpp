@@ -77,6 +77,23 @@ class StartupCheckTest : public QObject {
         QCOMPARE(state.value().packageInstalledSizes.value({"a b", false}), 12 * 1024);
         QCOMPARE(state.value().packageInstalledSizes.value({"c", true}), 4 * 1024);
         QVERIFY(state.value().hasLoadedPackageSizes && !state.value().isLoadingPackageSizes);
+        // More than fit into one command line.
+        QList<Formula> many(101, formula);
+        for (int i = 0; i < many.size(); ++i)
+            many[i].name = QString("f%1").arg(i);
+        state.update([&](Inventory &inventory) {
+            inventory.installedFormulae = many;
+            inventory.installedCasks = {};
+        });
+        world.shell.onAny = [](const ShellCommand &command) {
+            QByteArray text;
+            for (const QString &path : command.arguments.mid(1))
+                text += "8\t" + path.toUtf8() + '\n';
+            return text;
+        };
+        await(sizes.measure());
+        for (const Formula &each : many)
+            QCOMPARE(state.value().packageInstalledSizes.value({each.name, false}), 8 * 1024);
         QVERIFY(sizesFromDu("du: cannot read\nx\t/y\n").isEmpty());
     }
 };
