@@ -1,5 +1,7 @@
 #include "operations/kegs/KegEntry.h"
 
+#include "core/brew/PackageName.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -7,11 +9,6 @@
 namespace larkspur {
 
 namespace {
-
-/// A name that may become a folder's.
-bool isPlain(const QString &name) {
-    return !name.isEmpty() && !name.contains(QLatin1Char('/')) && !name.startsWith(QLatin1Char('.'));
-}
 
 QJsonObject toJson(const KegEntry &entry) {
     QJsonObject json{{QStringLiteral("formula"), entry.formula},
@@ -25,6 +22,24 @@ QJsonObject toJson(const KegEntry &entry) {
     return json;
 }
 
+std::optional<KegEntry> entryFrom(const QJsonObject &json) {
+    KegEntry entry;
+    entry.formula = json.value(QLatin1String("formula")).toString();
+    entry.version = json.value(QLatin1String("version")).toString();
+    entry.bytes = json.value(QLatin1String("bytes")).toInteger();
+    entry.date = QDateTime::fromString(json.value(QLatin1String("date")).toString(), Qt::ISODateWithMs);
+    const QUuid id = QUuid::fromString(json.value(QLatin1String("snapshotID")).toString());
+    if (!id.isNull())
+        entry.snapshotID = id;
+    entry.fullName = json.value(QLatin1String("fullName")).toString();
+    const auto name = PackageName::parse(entry.formula);
+    const bool isNamed =
+        name && !name->isQualified() && (entry.fullName.isEmpty() || PackageName::parse(entry.fullName));
+    if (!isNamed || !isPlainVersion(entry.version) || !entry.date.isValid() || entry.bytes < 0)
+        return std::nullopt;
+    return entry;
+}
+
 } // namespace
 
 QByteArray kegIndexText(const QList<KegEntry> &entries) {
@@ -34,23 +49,16 @@ QByteArray kegIndexText(const QList<KegEntry> &entries) {
     return QJsonDocument(list).toJson();
 }
 
-QList<KegEntry> kegIndexFromText(const QByteArray &text) {
-    QList<KegEntry> entries;
-    for (const QJsonValue &value : QJsonDocument::fromJson(text).array()) {
-        const QJsonObject json = value.toObject();
-        KegEntry entry;
-        entry.formula = json.value(QLatin1String("formula")).toString();
-        entry.version = json.value(QLatin1String("version")).toString();
-        entry.bytes = json.value(QLatin1String("bytes")).toInteger();
-        entry.date = QDateTime::fromString(json.value(QLatin1String("date")).toString(), Qt::ISODateWithMs);
-        const QUuid id = QUuid::fromString(json.value(QLatin1String("snapshotID")).toString());
-        if (!id.isNull())
-            entry.snapshotID = id;
-        entry.fullName = json.value(QLatin1String("fullName")).toString();
-        if (isPlain(entry.formula) && isPlain(entry.version) && entry.date.isValid())
-            entries.append(entry);
+KegIndex kegIndexFromText(const QByteArray &text) {
+    const QJsonDocument document = QJsonDocument::fromJson(text);
+    KegIndex index{.entries = {}, .isWhole = document.isArray()};
+    for (const QJsonValue &value : document.array()) {
+        const auto entry = entryFrom(value.toObject());
+        index.isWhole = index.isWhole && entry;
+        if (entry)
+            index.entries.append(*entry);
     }
-    return entries;
+    return index;
 }
 
 } // namespace larkspur

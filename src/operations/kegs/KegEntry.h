@@ -23,7 +23,13 @@ struct KegEntry {
 
 /// The list of preserved kegs as it is kept on disk.
 QByteArray kegIndexText(const QList<KegEntry> &entries);
-/// A list that cannot be read counts as empty, an entry that cannot be read as missing.
-QList<KegEntry> kegIndexFromText(const QByteArray &text);
+
+struct KegIndex {
+    QList<KegEntry> entries;
+    /// Whether all of the list could be read; what could not is missing from the entries. Names of formulae
+    /// and versions are plain: they become folders and words of commands.
+    bool isWhole = false;
+};
+KegIndex kegIndexFromText(const QByteArray &text);
 
 } // namespace larkspur

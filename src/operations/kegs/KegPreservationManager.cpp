@@ -5,8 +5,10 @@
 #include "core/settings/Preferences.h"
 #include "core/trees/TreeChanges.h"
 #include "core/trees/TreeCopier.h"
+#include "core/trees/TreeSync.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QStorageInfo>
 
 #include <algorithm>
@@ -15,8 +17,10 @@ namespace larkspur {
 
 namespace {
 
+/// Where the keg really lies, should its folder in the Cellar be a link; empty if that leads nowhere.
 QString kegPath(const KegPreservationManager::Keg &keg) {
-    return keg.prefix + QStringLiteral("/Cellar/") + keg.formula + QLatin1Char('/') + keg.version;
+    return QFileInfo(keg.prefix + QStringLiteral("/Cellar/") + keg.formula + QLatin1Char('/') + keg.version)
+        .canonicalFilePath();
 }
 
 /// The volume of a folder that may not exist yet.
@@ -77,9 +81,17 @@ QList<KegEntry> KegPreservationManager::entriesFor(const QString &formula) const
 }
 
 bool KegPreservationManager::canRollBack(const QString &formula, const QString &version) const {
-    return isLocationAvailable() && std::ranges::any_of(m_entries, [&](const Entry &entry) {
-               return entry.formula == formula && entry.version == version;
-           });
+    return !obstacle(formula, version);
+}
+
+std::optional<QString> KegPreservationManager::obstacle(const QString &formula,
+                                                        const QString &version) const {
+    if (!isLocationAvailable())
+        return QStringLiteral("This location isn't available right now (drive not mounted). Rollback for "
+                              "saved versions is paused until it's reconnected.");
+    const bool isThere = std::ranges::any_of(
+        m_entries, [&](const Entry &entry) { return entry.formula == formula && entry.version == version; });
+    return isThere ? std::nullopt : std::optional(QStringLiteral("no preserved copy of ") + version);
 }
 
 std::optional<QString> KegPreservationManager::storedFolder(const QString &formula,
@@ -91,7 +103,7 @@ std::optional<QString> KegPreservationManager::storedFolder(const QString &formu
 
 KegPreservationManager::StorePtr KegPreservationManager::store() {
     if (!m_store)
-        m_store = std::make_shared<KegStore>(folder());
+        m_store = std::make_shared<KegStore>(folder(), m_parts.sync);
     return m_store;
 }
 
@@ -101,25 +113,26 @@ void KegPreservationManager::publish() {
 }
 
 Task<std::expected<KegEntry, QString>>
-KegPreservationManager::preserve(Keg keg, std::optional<QUuid> snapshotID, StopToken stop) {
-    const auto turn = co_await m_queue.acquire(stop);
+KegPreservationManager::preserve(Keg keg, std::optional<QUuid> snapshotID, Work work) {
+    const auto turn = co_await m_queue.acquire(work.stop);
     if (!turn)
         co_return std::unexpected(QStringLiteral("it was stopped"));
     if (!isLocationAvailable())
         co_return std::unexpected(QStringLiteral("the chosen location isn't available right now"));
-    const QString noRoom =
-        co_await runInWorker([to = folder(), from = kegPath(keg)] { return shortage(to, from); });
+    const QString path = kegPath(keg);
+    if (path.isEmpty())
+        co_return std::unexpected(QStringLiteral("its folder in the Cellar leads nowhere"));
+    const QString noRoom = co_await runInWorker([to = folder(), path] { return shortage(to, path); });
     if (!noRoom.isEmpty())
         co_return std::unexpected(noRoom);
     const StorePtr target = store();
     const QString partial = target->partialPath();
     // Read while the copy is made: the bytes are in memory then anyway.
-    auto scanning =
-        runInWorker([path = kegPath(keg)] { return TreeScan::of(path, TreeScan::Depth::Contents); });
-    const auto copied = co_await m_parts.copier.copy(kegPath(keg), partial, stop);
+    auto scanning = runInWorker([path] { return TreeScan::of(path, TreeScan::Depth::Contents); });
+    const auto copied = co_await m_parts.copier.copy(path, partial, work.stop, work.keptOpen);
     const auto scan = co_await scanning;
     if (!copied || !scan) {
-        co_await runInWorker([partial] { return removeTree(partial); });
+        co_await runInWorker([partial, root = target->folder()] { return removeTree(root, partial); });
         co_return std::unexpected(copied ? scan.error() : copied.error());
     }
     const Entry entry{.formula = keg.formula,
@@ -137,31 +150,50 @@ KegPreservationManager::preserve(Keg keg, std::optional<QUuid> snapshotID, StopT
 }
 
 Task<> KegPreservationManager::enforceCap(std::optional<QUuid> kept) {
+    const auto known = m_parts.preferences.knownInteger(keys::kegPreservationCapBytes, defaultCap);
+    if (!known) {
+        m_parts.logger.warn(QStringLiteral("[Larkspur] No preserved keg is removed: it is not known how much "
+                                           "room they may take"));
+        co_return;
+    }
     const auto turn = co_await m_queue.acquire({});
     const auto removed = co_await runInWorker(
-        [target = store(), limit = cap(), kept] { return target->enforceCap(limit, kept); });
-    for (const Entry &entry : removed)
+        [target = store(), limit = *known, kept] { return target->enforceCap(limit, kept); });
+    if (!removed)
+        m_parts.logger.error(QStringLiteral("[Larkspur] No room could be made for preserved kegs: ") +
+                             removed.error());
+    for (const Entry &entry : removed.value_or(QList<Entry>()))
         m_parts.logger.info(QStringLiteral("[Larkspur] Removed the preserved keg of %1 %2 to make room")
                                 .arg(entry.formula, entry.version));
     publish();
 }
 
-Task<std::expected<bool, QString>> KegPreservationManager::restoreCopy(QString formula, QString version,
-                                                                       QString to, StopToken stop) {
-    const auto turn = co_await m_queue.acquire(stop);
+Task<std::expected<void, QString>> KegPreservationManager::restoreCopy(QString formula, QString version,
+                                                                       QString to, Work work) {
+    const auto failed = [](const QString &reason) {
+        return std::unexpected(QStringLiteral("failed to restore preserved files: ") + reason);
+    };
+    const auto turn = co_await m_queue.acquire(work.stop);
     if (!turn)
-        co_return std::unexpected(QStringLiteral("it was stopped"));
-    if (!canRollBack(formula, version))
-        co_return false;
+        co_return failed(QStringLiteral("it was stopped"));
+    if (const auto reason = obstacle(formula, version))
+        co_return std::unexpected(*reason);
     const StorePtr source = store();
     // Checked while it is copied; the same bytes are read by both.
-    auto checking = runInWorker([source, formula, version] { return source->isIntact(formula, version); });
-    const auto copied = co_await m_parts.copier.copy(source->copyPath(formula, version), to, stop);
-    if (!co_await checking)
-        co_return false;
+    auto checking = runInWorker([source, formula, version] { return source->check(formula, version); });
+    const auto copied =
+        co_await m_parts.copier.copy(source->copyPath(formula, version), to, work.stop, work.keptOpen);
+    if (const auto checked = co_await checking; !checked)
+        co_return std::unexpected(
+            obstacle(formula, version) // the drive may have gone meanwhile
+                .value_or(
+                    QStringLiteral("no preserved copy of %1 can be used: %2").arg(version, checked.error())));
     if (!copied)
-        co_return std::unexpected(copied.error());
-    co_return true;
+        co_return failed(copied.error());
+    const auto synced = co_await runInWorker([sync = &m_parts.sync, to] { return sync->sync(to); });
+    if (!synced)
+        co_return failed(synced.error());
+    co_return std::expected<void, QString>();
 }
 
 Task<bool> KegPreservationManager::verify(QString formula, QString version) {
@@ -171,12 +203,12 @@ Task<bool> KegPreservationManager::verify(QString formula, QString version) {
     });
 }
 
-Task<bool> KegPreservationManager::remove(QString formula, QString version) {
+Task<std::expected<void, QString>> KegPreservationManager::remove(QString formula, QString version) {
     const auto turn = co_await m_queue.acquire({});
-    const bool isGone = co_await runInWorker(
+    auto removed = co_await runInWorker(
         [target = store(), formula, version] { return target->remove(formula, version); });
     publish();
-    co_return isGone;
+    co_return std::expected<void, QString>(removed);
 }
 
 Task<> KegPreservationManager::reload() {
@@ -193,15 +225,22 @@ bool KegPreservationManager::hasLeftovers() const {
     return isLocationAvailable() && m_store->needsSweep();
 }
 
-Task<> KegPreservationManager::sweep() {
+Task<std::expected<void, QString>> KegPreservationManager::sweep() {
     const auto turn = co_await m_queue.acquire({});
     if (!isLocationAvailable())
-        co_return;
-    co_await runInWorker([target = store()] {
-        target->sweep();
-        return true;
-    });
+        co_return std::expected<void, QString>();
+    const auto swept = co_await runInWorker([target = store()] { return target->sweep(); });
     publish();
+    co_return std::expected<void, QString>(swept);
+}
+
+bool KegStoreLeftover::exists(const QString &) const {
+    return m_kegs.hasLeftovers();
+}
+
+Task<> KegStoreLeftover::putRight(RecoveryWork work) {
+    if (const auto swept = co_await m_kegs.sweep(); !swept)
+        work.warn(QStringLiteral("The saved versions could not be put right: ") + swept.error());
 }
 
 } // namespace larkspur

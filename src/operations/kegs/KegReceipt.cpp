@@ -1,6 +1,7 @@
 #include "operations/kegs/KegReceipt.h"
 
 #include "core/files/AtomicFile.h"
+#include "core/files/WholeFile.h"
 
 #include <QFile>
 #include <QJsonDocument>
@@ -17,8 +18,8 @@ QString receiptOf(const QString &keg) {
 }
 
 QJsonObject readReceipt(const QString &keg) {
-    QFile file(receiptOf(keg));
-    return file.open(QIODevice::ReadOnly) ? QJsonDocument::fromJson(file.readAll()).object() : QJsonObject();
+    constexpr qint64 largest = 16 * 1024 * 1024; // bytes
+    return QJsonDocument::fromJson(readWholeFile(receiptOf(keg), largest).value_or(QByteArray())).object();
 }
 
 } // namespace
@@ -36,6 +37,13 @@ void setInstalledOnRequest(const QString &keg, bool isOnRequest) {
     // Permission bits stay as they were; a receipt that cannot be written stays as a whole.
     const auto permissions = QFile::permissions(receiptOf(keg));
     (void)writeFileAtomically(receiptOf(keg), QJsonDocument(receipt).toJson(), permissions);
+}
+
+QString qualifiedName(const QString &keg, const PackageName &formula) {
+    const QString tap =
+        readReceipt(keg).value(QLatin1String("source")).toObject().value(QLatin1String("tap")).toString();
+    const auto name = PackageName::parse(tap + QLatin1Char('/') + formula.shortName());
+    return TapName::parse(tap) && name && tap != QLatin1String("homebrew/core") ? name->text() : QString();
 }
 
 } // namespace larkspur

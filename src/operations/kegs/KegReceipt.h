@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/brew/PackageName.h"
+
 #include <QString>
 
 #include <optional>
@@ -11,5 +13,8 @@ namespace larkspur {
 std::optional<bool> installedOnRequest(const QString &keg);
 /// Sets it, if there is a receipt that says otherwise.
 void setInstalledOnRequest(const QString &keg, bool isOnRequest);
+
+/// The full name of a formula from outside the core tap, as its keg's receipt tells it; else nothing.
+QString qualifiedName(const QString &keg, const PackageName &formula);
 
 } // namespace larkspur

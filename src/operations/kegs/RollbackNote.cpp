@@ -1,44 +1,41 @@
 #include "operations/kegs/RollbackNote.h"
 
-#include "core/files/AtomicFile.h"
-
-#include <QJsonDocument>
-#include <QJsonObject>
+#include "core/brew/PackageName.h"
 
 namespace larkspur {
 
-bool writeRollbackNote(const QString &path, const RollbackNote &note) {
-    const QJsonObject json{{QStringLiteral("prefix"), note.prefix},
-                           {QStringLiteral("formula"), note.formula},
-                           {QStringLiteral("version"), note.version},
-                           {QStringLiteral("previousVersion"), note.previousVersion},
-                           {QStringLiteral("wasLinked"), note.wasLinked},
-                           {QStringLiteral("wasPinned"), note.wasPinned},
-                           {QStringLiteral("isOnRequest"), note.isOnRequest},
-                           {QStringLiteral("isExchanging"), note.phase == RollbackNote::Phase::Exchanging}};
-    return writeFileAtomically(path, QJsonDocument(json).toJson()).has_value();
+QJsonObject RollbackNote::toJson() const {
+    return {{QStringLiteral("prefix"), prefix},
+            {QStringLiteral("formula"), formula},
+            {QStringLiteral("version"), version},
+            {QStringLiteral("previousVersion"), previousVersion},
+            {QStringLiteral("wasLinked"), wasLinked},
+            {QStringLiteral("wasPinned"), wasPinned},
+            {QStringLiteral("isOnRequest"), isOnRequest},
+            {QStringLiteral("isExchanging"), phase == Phase::Exchanging}};
 }
 
-std::optional<RollbackNote> readRollbackNote(const QString &path) {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return std::nullopt;
-    const QJsonObject json = QJsonDocument::fromJson(file.readAll()).object();
+std::optional<RollbackNote> RollbackNote::fromJson(const QJsonObject &json, const QString &prefix) {
+    for (const char *key : {"prefix", "formula", "version", "previousVersion"})
+        if (!json.value(QLatin1String(key)).isString())
+            return std::nullopt;
+    for (const char *key : {"wasLinked", "wasPinned", "isOnRequest", "isExchanging"})
+        if (!json.value(QLatin1String(key)).isBool())
+            return std::nullopt;
     const auto text = [&json](const char *key) { return json.value(QLatin1String(key)).toString(); };
     const auto flag = [&json](const char *key) { return json.value(QLatin1String(key)).toBool(); };
-    RollbackNote note{.prefix = text("prefix"),
-                      .formula = text("formula"),
-                      .version = text("version"),
-                      .previousVersion = text("previousVersion"),
-                      .wasLinked = flag("wasLinked"),
-                      .wasPinned = flag("wasPinned"),
-                      .isOnRequest = flag("isOnRequest"),
-                      .phase = flag("isExchanging") ? RollbackNote::Phase::Exchanging
-                                                    : RollbackNote::Phase::Preparing};
-    const bool isUsable = !note.prefix.isEmpty() && !note.formula.isEmpty() && !note.version.isEmpty() &&
-                          !note.formula.contains(QLatin1Char('/')) &&
-                          !note.version.contains(QLatin1Char('/'));
-    return isUsable ? std::optional(note) : std::nullopt;
+    const RollbackNote note{.prefix = text("prefix"),
+                            .formula = text("formula"),
+                            .version = text("version"),
+                            .previousVersion = text("previousVersion"),
+                            .wasLinked = flag("wasLinked"),
+                            .wasPinned = flag("wasPinned"),
+                            .isOnRequest = flag("isOnRequest"),
+                            .phase = flag("isExchanging") ? Phase::Exchanging : Phase::Preparing};
+    const auto name = PackageName::parse(note.formula);
+    const bool isPlain = name && !name->isQualified() && isPlainVersion(note.version) &&
+                         (note.previousVersion.isEmpty() || isPlainVersion(note.previousVersion));
+    return isPlain && !prefix.isEmpty() && note.prefix == prefix ? std::optional(note) : std::nullopt;
 }
 
 } // namespace larkspur

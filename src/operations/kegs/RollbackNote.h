@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonObject>
 #include <QString>
 
 #include <optional>
@@ -13,7 +14,7 @@ struct RollbackNote {
         Exchanging ///< what was installed lies aside, whole
     };
     QString prefix;
-    QString formula;
+    QString formula; ///< short name
     QString version;
     QString previousVersion = {}; ///< empty: nothing was installed
     bool wasLinked = false;
@@ -28,9 +29,11 @@ struct RollbackNote {
     QString workFolder() const { return prefix + QStringLiteral("/var/larkspur/rollback/") + formula; }
     QString staged() const { return workFolder() + QStringLiteral("/target"); }
     QString aside() const { return workFolder() + QStringLiteral("/before"); }
-};
 
-bool writeRollbackNote(const QString &path, const RollbackNote &note);
-std::optional<RollbackNote> readRollbackNote(const QString &path);
+    QJsonObject toJson() const;
+    /// Nothing unless every field is there and of its type, and every path that follows from it stays inside
+    /// `prefix`, the one that is driven now.
+    static std::optional<RollbackNote> fromJson(const QJsonObject &json, const QString &prefix);
+};
 
 } // namespace larkspur

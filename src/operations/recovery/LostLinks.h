@@ -1,0 +1,38 @@
+#pragma once
+
+#include "operations/installed/InstalledPackages.h"
+#include "operations/recovery/CrashNote.h"
+#include "operations/recovery/NoteLeftover.h"
+
+namespace larkspur {
+
+/// Formulae that lose their links when Homebrew is killed in the middle of a change. A note of what was
+/// linked lets a later operation link them again if the program dies as well.
+class LostLinks {
+  public:
+    /// What is linked before an operation; `noteFolder`: where the note of it is kept.
+    LostLinks(const InstalledPackages &before, const QString &prefix, const QString &noteFolder);
+
+    /// Why there is no note, in one line; only the end of the operation repairs then. Empty if all is well.
+    const QString &complaint() const { return m_complaint; }
+
+    /// Links again what is installed and was linked before. False if that failed for one: the output says so,
+    /// and the next operation tries again.
+    Task<bool> relink(RecoveryWork work) const;
+
+  private:
+    QStringList m_names;
+    QString m_complaint;
+    std::optional<CrashNote> m_note;
+};
+
+/// The notes of operations whose program died.
+class LostLinksLeftover final : public NoteLeftover {
+  public:
+    explicit LostLinksLeftover(const QString &noteFolder);
+
+  protected:
+    Task<Settled> settle(CrashNote note, RecoveryWork work) override;
+};
+
+} // namespace larkspur
