@@ -1,0 +1,88 @@
+#include "operations/casks/CaskApplications.h"
+
+#include "core/files/FolderNames.h"
+#include "inventory/refresh/CaskReceipt.h"
+#include "operations/casks/ApplicationBundle.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace larkspur {
+
+namespace {
+
+const QLatin1String ending(".app");
+
+QString homeOf(const PackageName &token, const CaskSetting &setting) {
+    return setting.prefix + QStringLiteral("/Caskroom/") + token.shortName();
+}
+
+/// Adds the links of one version that lead to one of the places; false if they cannot be read.
+std::expected<void, QString> addLinks(const QDir &staged, const QStringList &places,
+                                      QList<CaskApplication> *found) {
+    const auto names = staged.exists() ? namesIn(staged.path()) : QStringList();
+    if (!names)
+        return std::unexpected(names.error());
+    for (const QString &name : *names) {
+        const QFileInfo link(staged.filePath(name));
+        const QString target = QDir::cleanPath(staged.absoluteFilePath(link.symLinkTarget()));
+        if (name.endsWith(ending) && link.isSymLink() && places.contains(target) &&
+            std::ranges::find(*found, target, &CaskApplication::place) == found->end())
+            found->append({.place = target, .link = link.filePath()});
+    }
+    return {};
+}
+
+} // namespace
+
+std::expected<QStringList, QString> caskApplicationPlaces(const PackageName &token,
+                                                          const CaskSetting &setting) {
+    const auto receipt = CaskReceipt::at(homeOf(token, setting));
+    if (!receipt)
+        return std::unexpected(receipt.error());
+    QStringList folders{receipt->applicationFolder};
+    for (const QString &folder : setting.applicationFolders)
+        folders.append(QDir::cleanPath(folder));
+    folders.removeAll(QString());
+    folders.removeDuplicates();
+    QStringList places;
+    for (const CaskReceipt::Application &application : receipt->applications)
+        for (const QString &folder : folders)
+            places.append(folder + QLatin1Char('/') + application.name);
+    return places;
+}
+
+std::expected<QList<CaskApplication>, QString> caskApplications(const PackageName &token,
+                                                                const CaskSetting &setting) {
+    const auto places = caskApplicationPlaces(token, setting);
+    const QString home = homeOf(token, setting);
+    const auto versions = namesIn(home);
+    if (!places || !versions)
+        return std::unexpected(places ? versions.error() : places.error());
+    QList<CaskApplication> found;
+    for (const QString &version : *versions)
+        if (const auto added = addLinks(QDir(home + QLatin1Char('/') + version), *places, &found); !added)
+            return std::unexpected(added.error());
+    return found;
+}
+
+std::expected<bool, QString> isWholeApplication(const QString &place, const PackageName &token,
+                                                const CaskSetting &setting) {
+    if (!isBundle(place))
+        return false;
+    const auto linked = caskApplications(token, setting);
+    if (!linked)
+        return std::unexpected(linked.error());
+    return std::ranges::find(*linked, place, &CaskApplication::place) != linked->end();
+}
+
+bool isPlausiblePlace(const QString &place, const PackageName &token, const CaskSetting &setting) {
+    const bool isInApplications =
+        setting.applicationFolders.contains(QFileInfo(place).path()) ||
+        caskApplicationPlaces(token, setting).value_or(QStringList()).contains(place);
+    return isInApplications && place.endsWith(ending) && QDir::cleanPath(place) == place;
+}
+
+} // namespace larkspur

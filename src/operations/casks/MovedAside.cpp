@@ -1,0 +1,185 @@
+#include "operations/casks/MovedAside.h"
+
+#include "core/files/Trash.h"
+#include "operations/casks/ApplicationBundle.h"
+#include "operations/casks/CaskApplications.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QUuid>
+
+#include <algorithm>
+
+namespace larkspur {
+
+namespace {
+
+QString line(const QString &text) {
+    return QStringLiteral("==> ") + text;
+}
+
+/// Beside the application, so that moving it is a renaming, and unlike any other.
+QString asidePath(const QString &application) {
+    const QFileInfo info(application);
+    return info.path() + QLatin1Char('/') + MovedAside::namePrefix +
+           QUuid::createUuid().toString(QUuid::Id128).left(8) + QLatin1Char('-') + info.fileName();
+}
+
+/// Whether the cask as it is now has applications, all in place, and none of them belongs here: its vendor
+/// has given the application another name.
+bool isUnderAnotherName(const QString &place, const PackageName &token, const CaskSetting &setting) {
+    const auto places = caskApplicationPlaces(token, setting);
+    const auto linked = caskApplications(token, setting);
+    return places && linked && !places->contains(place) && !linked->isEmpty() &&
+           std::ranges::all_of(*linked, &isBundle, &CaskApplication::place);
+}
+
+} // namespace
+
+MovedAside::MovedAside(CaskSetting setting, const PackageName &token)
+    : m_setting(std::move(setting))
+    , m_token(token) {
+    const auto applications = caskApplications(token, m_setting);
+    if (!applications)
+        m_warnings.append(line(QStringLiteral("Warning: The applications of %1 cannot be moved aside, and a "
+                                              "reinstallation that fails may remove them: %2")
+                                   .arg(m_token.text(), applications.error())));
+    for (const CaskApplication &application : applications.value_or(QList<CaskApplication>()))
+        if (isBundle(application.place))
+            m_applications.append({application.place, asidePath(application.place)});
+}
+
+std::expected<std::unique_ptr<MovedAside>, QString> MovedAside::begin(CaskSetting setting,
+                                                                      const PackageName &token) {
+    std::unique_ptr<MovedAside> aside(new MovedAside(std::move(setting), token));
+    if (aside->m_applications.isEmpty())
+        return aside;
+    // Noted first: an application that is moved without a note would be lost to a crash.
+    auto note = CrashNote::write(aside->m_setting.noteFolder, noteKind, aside->noteContents(Fate::Open));
+    if (!note) {
+        aside->m_applications.clear();
+        return std::unexpected(note.error());
+    }
+    aside->m_note = *note;
+    aside->m_applications.removeIf([&aside](const Application &application) {
+        if (moveToFreePlace(application.place, application.aside))
+            return false;
+        aside->m_warnings.append(line(
+            QStringLiteral("Warning: %1 cannot be moved aside: a reinstallation that fails may remove it.")
+                .arg(application.place)));
+        return true;
+    });
+    if (aside->m_applications.isEmpty())
+        aside->m_note->remove();
+    return aside;
+}
+
+MovedAside::~MovedAside() {
+    putBack();
+}
+
+QJsonObject MovedAside::noteContents(Fate fate) const {
+    QJsonArray applications;
+    for (const Application &application : m_applications)
+        applications.append(QJsonObject{{QStringLiteral("place"), application.place},
+                                        {QStringLiteral("aside"), application.aside}});
+    return {{QStringLiteral("prefix"), m_setting.prefix},
+            {QStringLiteral("token"), m_token.text()},
+            {QStringLiteral("applications"), applications},
+            {QStringLiteral("isToReturn"), fate == Fate::ToReturn},
+            {QStringLiteral("isReplaced"), fate == Fate::Replaced}};
+}
+
+QStringList MovedAside::putBack() {
+    QStringList lines;
+    if (m_applications.isEmpty())
+        return lines;
+    // From here on the old ones are to come back: whoever finds the note need not guess.
+    const auto noted = m_note->update(noteContents(Fate::ToReturn));
+    bool isComplete = true;
+    for (const Application &application : std::exchange(m_applications, {})) {
+        const auto returned = returnToPlace(application.place, application.aside, *m_setting.trash);
+        isComplete = isComplete && returned;
+        lines.append(returned ? line(QStringLiteral("Put %1 back as it was before.").arg(application.place))
+                              : line(QStringLiteral("Warning: %1").arg(returned.error())));
+    }
+    if (isComplete)
+        m_note->remove(); // else the next operation tries again
+    else if (!noted)
+        lines.append(line(QStringLiteral("Warning: It could not be noted that it is to be put back: %1")
+                              .arg(noted.error())));
+    return lines;
+}
+
+QStringList MovedAside::discard() {
+    QStringList lines;
+    if (m_applications.isEmpty())
+        return lines;
+    // From here on the old ones are not to come back, whatever happens.
+    bool isComplete = m_note->update(noteContents(Fate::Replaced)).has_value();
+    for (const Application &application : std::exchange(m_applications, {})) {
+        const auto taken = m_setting.trash->take(application.aside);
+        if (!taken)
+            lines.append(
+                line(QStringLiteral("Warning: The old %1 is kept at %2: %3")
+                         .arg(QFileInfo(application.place).fileName(), application.aside, taken.error())));
+        isComplete = isComplete && taken;
+    }
+    if (isComplete)
+        m_note->remove();
+    return lines;
+}
+
+MovedAside::Conclusion MovedAside::conclude() {
+    Conclusion end;
+    QList<std::expected<bool, QString>> judgements;
+    for (const Application &application : m_applications) {
+        const QString &place = application.place;
+        auto isWhole = isWholeApplication(place, m_token, m_setting);
+        if (isWhole && !*isWhole && !isOccupied(place))
+            isWhole = isUnderAnotherName(place, m_token, m_setting);
+        judgements.append(isWhole);
+    }
+    if (std::ranges::all_of(judgements, [](const auto &isWhole) { return isWhole.value_or(false); })) {
+        end.lines = discard();
+        return end;
+    }
+    // The note stays as it is: whoever finds it after a crash judges each in the same way.
+    bool isComplete = true;
+    const QList<Application> applications = std::exchange(m_applications, {});
+    for (qsizetype i = 0; i < applications.size(); ++i)
+        isComplete = concludeOne(applications[i], judgements[i], &end) && isComplete;
+    if (isComplete)
+        m_note->remove();
+    return end;
+}
+
+/// False if the application stays aside.
+bool MovedAside::concludeOne(const Application &application, const std::expected<bool, QString> &isWhole,
+                             Conclusion *end) const {
+    const QString name = QFileInfo(application.place).fileName();
+    if (!isWhole) {
+        end->lines.append(line(QStringLiteral("Warning: It cannot be told whether %1 is whole, so the one "
+                                              "from before is kept at %2: %3")
+                                   .arg(application.place, application.aside, isWhole.error())));
+        return false;
+    }
+    if (*isWhole) {
+        const auto taken = throwAway(application.aside, *m_setting.trash);
+        if (!taken)
+            end->lines.append(line(QStringLiteral("Warning: The old %1 is kept at %2: %3")
+                                       .arg(name, application.aside, taken.error())));
+        return taken.has_value();
+    }
+    const QString flaw = isOccupied(application.place) ? QStringLiteral("whole") : QStringLiteral("there");
+    const auto returned = returnToPlace(application.place, application.aside, *m_setting.trash);
+    const QString what =
+        QStringLiteral("Error: Homebrew reported success, but %1 is not %2").arg(application.place, flaw);
+    end->errors.append(
+        line(returned ? what + QStringLiteral("; the application from before is back") : what));
+    if (!returned)
+        end->lines.append(line(QStringLiteral("Warning: %1").arg(returned.error())));
+    return returned.has_value();
+}
+
+} // namespace larkspur

@@ -1,0 +1,149 @@
+#include "operations/casks/MovedAsideLeftover.h"
+
+#include "core/async/Worker.h"
+#include "core/files/FolderNames.h"
+#include "operations/casks/ApplicationBundle.h"
+#include "operations/casks/CaskApplications.h"
+#include "operations/casks/MovedAside.h"
+
+#include <QFileInfo>
+#include <QJsonArray>
+
+namespace larkspur {
+
+namespace {
+
+/// Whether what lies in the folder can be looked up.
+bool isAccessible(const QString &folder) {
+    const QFileInfo info(folder);
+    return info.isReadable() && info.isExecutable();
+}
+
+bool isAsidePathOf(const QString &aside, const QString &application) {
+    const QFileInfo info(aside);
+    return info.path() == QFileInfo(application).path() &&
+           info.fileName().startsWith(MovedAside::namePrefix) &&
+           info.fileName().endsWith(QLatin1Char('-') + QFileInfo(application).fileName());
+}
+
+/// One application of a note.
+struct Stray {
+    PackageName token;
+    QString place;
+    QString aside;
+    bool isToReturn;
+    bool isReplaced;
+};
+
+/// The words about what was done; the error is what could not be, and why. One line each.
+using Step = std::expected<QString, QString>;
+
+/// Whether the old application is not needed any more. The error is one line of text: this cannot be told.
+std::expected<bool, QString> isReplaced(const Stray &stray, const CaskSetting &setting) {
+    if (stray.isToReturn || !isBundle(stray.place))
+        return false;
+    return stray.isReplaced ? true : isWholeApplication(stray.place, stray.token, setting);
+}
+
+/// Nothing stands aside: it was never moved, or is back already, unless its folder cannot be looked into.
+std::expected<void, QString> checkNothingIsAside(const Stray &stray) {
+    if (isBundle(stray.place) && !isOccupied(stray.aside))
+        return {};
+    const QString folder = QFileInfo(stray.aside).path();
+    const auto names = namesIn(folder);
+    const QString reason = !QFileInfo(folder).isDir() ? folder + QStringLiteral(" is not there now")
+                           : !names                   ? names.error()
+                           : !isAccessible(folder)    ? folder + QStringLiteral(" cannot be read")
+                           : isOccupied(stray.aside)  ? stray.aside + QStringLiteral(" is no application")
+                                                      : QString();
+    if (reason.isEmpty())
+        return {};
+    return std::unexpected(QStringLiteral("It cannot be told what became of %1, which was moved aside: %2")
+                               .arg(stray.place, reason));
+}
+
+Step settleOne(const Stray &stray, const CaskSetting &setting) {
+    if (!isPlausiblePlace(stray.place, stray.token, setting) || !isAsidePathOf(stray.aside, stray.place))
+        return std::unexpected(
+            QStringLiteral("%1 is left where it is: it does not look like an application of %2")
+                .arg(stray.aside, stray.token.text()));
+    const auto isWhole = isReplaced(stray, setting);
+    if (!isWhole)
+        return std::unexpected(QStringLiteral("It cannot be told whether %1 is whole after an interrupted "
+                                              "reinstallation, so the one from before is kept at %2: %3")
+                                   .arg(stray.place, stray.aside, isWhole.error()));
+    const auto done = *isWhole ? throwAway(stray.aside, *setting.trash)
+                               : returnToPlace(stray.place, stray.aside, *setting.trash);
+    if (!done)
+        return std::unexpected(done.error());
+    return (*isWhole ? QStringLiteral("Moved %1 from before an interrupted reinstallation to the trash.")
+                     : QStringLiteral("Put %1 back after an interrupted reinstallation."))
+        .arg(stray.place);
+}
+
+/// The applications of a note; nothing unless each of its fields is there and of its type.
+std::optional<QList<Stray>> straysOf(const QJsonObject &note, const QString &prefix) {
+    const auto token = PackageName::parse(note.value(QLatin1String("token")).toString());
+    const QJsonValue applications = note.value(QLatin1String("applications"));
+    const QJsonValue isToReturn = note.value(QLatin1String("isToReturn"));
+    const QJsonValue isReplaced = note.value(QLatin1String("isReplaced"));
+    if (!token || note.value(QLatin1String("prefix")).toString() != prefix || !applications.isArray() ||
+        !isToReturn.isBool() || !isReplaced.isBool())
+        return std::nullopt;
+    QList<Stray> strays;
+    for (const QJsonValue &value : applications.toArray()) {
+        strays.append({.token = *token,
+                       .place = value.toObject().value(QLatin1String("place")).toString(),
+                       .aside = value.toObject().value(QLatin1String("aside")).toString(),
+                       .isToReturn = isToReturn.toBool(),
+                       .isReplaced = isReplaced.toBool()});
+        if (strays.last().place.isEmpty() || strays.last().aside.isEmpty())
+            return std::nullopt;
+    }
+    return strays;
+}
+
+QList<Step> settleAll(const QList<Stray> &strays, const CaskSetting &setting) {
+    QList<Step> steps;
+    for (const Stray &stray : strays) {
+        if (isBundle(stray.aside))
+            steps.append(settleOne(stray, setting));
+        else if (const auto checked = checkNothingIsAside(stray); !checked)
+            steps.append(std::unexpected(checked.error()));
+    }
+    return steps;
+}
+
+} // namespace
+
+MovedAsideLeftover::MovedAsideLeftover(CaskSetting setting)
+    : NoteLeftover({.folder = setting.noteFolder,
+                    .kind = MovedAside::noteKind,
+                    .about = QStringLiteral("an application that was moved aside"),
+                    .advice = QStringLiteral("The application lies beside its old place, its name beginning "
+                                             "with %1.")
+                                  .arg(MovedAside::namePrefix)})
+    , m_setting(std::move(setting)) {}
+
+/// Only what could be an application of this cask, beside its place, is moved.
+Task<NoteLeftover::Settled> MovedAsideLeftover::settle(CrashNote note, RecoveryWork work) {
+    const auto strays = straysOf(note.contents(), work.prefix);
+    if (!strays)
+        co_return Settled::Unusable;
+    CaskSetting setting = m_setting;
+    setting.prefix = work.prefix;
+    const QList<Step> steps =
+        co_await runInWorker([all = *strays, setting] { return settleAll(all, setting); });
+    Settled settled = Settled::Done;
+    for (const Step &step : steps) {
+        if (step) {
+            work.say(*step);
+            continue;
+        }
+        settled = Settled::Not;
+        work.warn(step.error());
+    }
+    co_return Settled(settled);
+}
+
+} // namespace larkspur
