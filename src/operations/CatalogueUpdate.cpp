@@ -4,12 +4,13 @@
 #include "inventory/refresh/InventoryRefresh.h"
 #include "inventory/refresh/StartupCheck.h"
 #include "operations/OperationHistory.h"
+#include "operations/recovery/Recovery.h"
 
 namespace larkspur {
 
-CatalogueUpdate::CatalogueUpdate(BrewService &brew, StartupCheck &startupCheck, InventoryRefresh &refresh,
+CatalogueUpdate::CatalogueUpdate(Recovery &recovery, StartupCheck &startupCheck, InventoryRefresh &refresh,
                                  OperationHistory &history)
-    : m_brew(brew)
+    : m_recovery(recovery)
     , m_startupCheck(startupCheck)
     , m_refresh(refresh)
     , m_history(history) {}
@@ -23,11 +24,11 @@ Task<Result<bool>> CatalogueUpdate::run(OperationContext context) {
 }
 
 Task<Result<bool>> CatalogueUpdate::updateCatalogue(OperationContext context) {
-    auto session = co_await m_brew.beginOperation(context);
+    auto session = co_await m_recovery.beginOperation(context);
     if (!session)
         co_return std::unexpected(session.error());
-    const auto result = co_await session->stream({.arguments = {QStringLiteral("update")}}, context,
-                                                 BrewSession::Style::Plain);
+    const auto result =
+        co_await session->stream({.arguments = {"update"}}, context, BrewSession::Style::Plain);
     m_history.noteUpdate(result && result->succeeded());
     if (!result)
         co_return std::unexpected(result.error());

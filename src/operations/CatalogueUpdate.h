@@ -5,9 +5,9 @@
 
 namespace larkspur {
 
-class BrewService;
 class InventoryRefresh;
 class OperationHistory;
+class Recovery;
 class StartupCheck;
 
 /// Fetches Homebrew's newest catalogue, without which no newer versions are ever found, and refreshes the
@@ -15,7 +15,7 @@ class StartupCheck;
 /// from under it.
 class CatalogueUpdate {
   public:
-    CatalogueUpdate(BrewService &brew, StartupCheck &startupCheck, InventoryRefresh &refresh,
+    CatalogueUpdate(Recovery &recovery, StartupCheck &startupCheck, InventoryRefresh &refresh,
                     OperationHistory &history);
 
     /// Homebrew's words go to the context's sink. If the update fails the inventory is refreshed all the
@@ -25,7 +25,7 @@ class CatalogueUpdate {
   private:
     Task<Result<bool>> updateCatalogue(OperationContext context);
 
-    BrewService &m_brew;
+    Recovery &m_recovery;
     StartupCheck &m_startupCheck;
     InventoryRefresh &m_refresh;
     OperationHistory &m_history;

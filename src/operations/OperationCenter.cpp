@@ -1,6 +1,5 @@
 #include "operations/OperationCenter.h"
 
-#include "core/async/Worker.h"
 #include "core/authorization/SudoAuth.h"
 
 #include <QPointer>
@@ -44,6 +43,7 @@ Task<> OperationCenter::perform(OperationRun *run) {
     OperationContext context;
     context.output = run->sink();
     context.stop = run->stopToken();
+    context.insist = run->insistToken();
     context.sudoAuth = &m_sudoAuth;
     context.wantsRedraws = m_wantsRedraws;
     context.onSilence = [run = QPointer(run)](std::chrono::seconds silence) {
@@ -64,9 +64,7 @@ Task<> OperationCenter::perform(OperationRun *run) {
         context.output->addLine(QStringLiteral("==> Stopped. The operation may be incomplete."));
     else if (!report)
         context.output->addLine(QStringLiteral("==> Error: ") + report.error().description());
-    const OperationOutcome outcome =
-        co_await runInWorker([lines = run->transcript().lines()] { return outcomeOf(lines); });
-    run->finish(std::move(report), outcome);
+    run->finish(std::move(report));
     Q_EMIT finished(run);
 }
 
@@ -85,7 +83,7 @@ OperationRun *OperationCenter::shown() const {
 
 void OperationCenter::stopAll() {
     for (OperationRun *run : unfinished())
-        run->stop();
+        run->isStopping() ? run->stopRepair() : run->stop();
 }
 
 void OperationCenter::forgetOldRuns() {

@@ -30,6 +30,7 @@ class OperationCenter : public QObject {
     /// The one to show: the oldest unfinished, else the one that finished last; null before the first.
     OperationRun *shown() const;
 
+    /// Asks all to end; asked again, those that are ending to leave what they put right for later.
     void stopAll();
 
     /// Operations that start from now on run on a terminal where that shows more; on by default.

@@ -1,37 +1,46 @@
 #pragma once
 
 #include "operations/OperationRequest.h"
-
-#include <algorithm>
+#include "operations/outcome/Verdict.h"
 
 namespace larkspur {
 
-/// How the work on one package has ended.
+/// How the work on one package has ended, the best first.
 enum class PackageEnd {
     Done,
-    Failed,
+    DoneWithWarnings,
     Cancelled, ///< the person did not give the password that it needs
+    Failed,
 };
 
 struct PackageResult {
     PackageTarget package;
     PackageEnd end = PackageEnd::Done;
+    /// Output of the run that decided; empty where it is done.
+    QStringList lines = {};
+    bool isUnchanged = false; ///< there was nothing to do
 
+    bool isDone() const { return end == PackageEnd::Done || end == PackageEnd::DoneWithWarnings; }
     bool operator==(const PackageResult &) const = default;
 };
 
-/// What became of an operation, beside its output.
+/// What became of an operation. Its outcome follows from this alone.
 struct OperationReport {
     /// One for each package that was begun; one without a name for the upgrade of all.
     QList<PackageResult> packages = {};
     /// Running services of formulae that were upgraded: they run the old files until they are restarted.
     QStringList servicesToRestart = {};
-    bool hasWarnings = false; ///< of the last run of a package, or because the state is not what it should be
+    bool hasWarnings = false; ///< about what is no single package's: a restore point, a link, a note
 
-    int count(PackageEnd end) const {
-        return static_cast<int>(std::ranges::count(packages, end, &PackageResult::end));
-    }
-    bool wasCancelled() const { return count(PackageEnd::Cancelled) > 0; }
+    int count(PackageEnd end) const;
+    int countDone() const;
+    bool hasFailed() const { return count(PackageEnd::Failed) > 0; }
+    /// The person gave no password, and nothing else has come of it.
+    bool wasCancelled() const;
+    /// Never better than the worst of the packages.
+    OperationOutcome outcome() const;
+    /// "2 done, 1 failed", for several packages.
+    QString tally() const;
 };
 
 } // namespace larkspur

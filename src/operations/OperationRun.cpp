@@ -1,6 +1,7 @@
 #include "operations/OperationRun.h"
 
 #include "core/brew/PackageName.h"
+#include "core/errors/AppError.h"
 
 #include <QPointer>
 
@@ -25,10 +26,25 @@ OperationRun::OperationRun(OperationRequest request, QObject *parent)
     , m_request(std::move(request))
     , m_progress(m_request.expectedSteps) {}
 
+FailureSummary OperationRun::failureSummary() const {
+    if (!m_failure)
+        return summarizeFailure(m_request, m_report, m_transcript.lines());
+    const AppError error = AppError::from(*m_failure); // it was not carried out: its output tells nothing
+    return {error.message(), error.recoverySuggestion()};
+}
+
 void OperationRun::stop() {
     if (!isRunning() || m_stop.stop_requested())
         return;
     m_stop.request_stop();
+    Q_EMIT changed();
+}
+
+void OperationRun::stopRepair() {
+    stop();
+    if (!isRunning() || m_insist.stop_requested())
+        return;
+    m_insist.request_stop();
     Q_EMIT changed();
 }
 
@@ -66,24 +82,14 @@ void OperationRun::notePrompt(bool isAsking) {
     Q_EMIT changed();
 }
 
-void OperationRun::finish(Result<OperationReport> report, OperationOutcome outcome) {
+void OperationRun::finish(Result<OperationReport> report) {
     m_state = State::Finished;
     m_silence = {};
     if (report)
         m_report = std::move(*report);
     else
         m_failure = report.error();
-    // The text counts from the last retry with a password or with force; what came to a good end after one
-    // more, or failed before it, only the report knows.
-    const bool isComplete =
-        !m_failure && m_report.count(PackageEnd::Done) == static_cast<int>(m_report.packages.size());
-    if (!isComplete)
-        m_outcome = OperationOutcome::Failed;
-    else if (outcome == OperationOutcome::Failed && !m_report.packages.isEmpty())
-        m_outcome =
-            m_report.hasWarnings ? OperationOutcome::CompletedWithWarnings : OperationOutcome::Succeeded;
-    else
-        m_outcome = outcome;
+    m_outcome = m_failure ? OperationOutcome::Failed : m_report.outcome();
     Q_EMIT changed();
     Q_EMIT finished();
 }

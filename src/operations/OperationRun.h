@@ -6,7 +6,7 @@
 #include "core/output/OutputSink.h"
 #include "core/output/Transcript.h"
 #include "operations/OperationReport.h"
-#include "operations/outcome/Verdict.h"
+#include "operations/outcome/FailureSummary.h"
 
 #include <QObject>
 
@@ -29,12 +29,14 @@ class OperationRun : public QObject {
     bool isRunning() const { return m_state != State::Finished; }
     OperationOutcome outcome() const { return m_outcome; }
     bool wasStopped() const { return m_failure && m_failure->kind == BrewError::Kind::Stopped; }
-    /// The person did not give the password.
+    /// The person did not give the password, and nothing else has come of it.
     bool wasCancelled() const { return m_report.wasCancelled(); }
     /// What became of each package; empty until the end, and after a failure.
     const OperationReport &report() const { return m_report; }
     /// Why the operation could not be carried out at all; nothing if Homebrew ran, whatever it said.
     const std::optional<BrewError> &failure() const { return m_failure; }
+    /// What a person needs to know of a failure, above the output.
+    FailureSummary failureSummary() const;
     bool isStopping() const { return isRunning() && m_stop.stop_requested(); }
     const Transcript &transcript() const { return m_transcript; }
     const OperationProgress &progress() const { return m_progress; }
@@ -42,8 +44,12 @@ class OperationRun : public QObject {
     std::chrono::seconds silence() const { return m_silence; }
 
     StopToken stopToken() const { return m_stop.get_token(); }
-    /// Asks the operation to end. It ends by itself once its child has.
+    /// Asks the operation to end. It ends by itself once its child has, and what had begun is put right.
     void stop();
+    StopToken insistToken() const { return m_insist.get_token(); }
+    bool isStoppingRepair() const { return isRunning() && m_insist.stop_requested(); }
+    /// Asks for the end of that too; then it is put right before the next operation.
+    void stopRepair();
 
     // For the one who runs it.
     OutputSinkPtr sink();
@@ -51,8 +57,7 @@ class OperationRun : public QObject {
     void noteSilence(std::chrono::seconds silence);
     void notePackage(const QString &name, int done, int total);
     void notePrompt(bool isAsking);
-    /// `outcome`: judged from the whole transcript, which can be long enough to stall the interface.
-    void finish(Result<OperationReport> report, OperationOutcome outcome);
+    void finish(Result<OperationReport> report);
 
   Q_SIGNALS:
     void outputReceived(const larkspur::OutputChange &change);
@@ -73,6 +78,7 @@ class OperationRun : public QObject {
     OperationProgress m_progress;
     std::chrono::seconds m_silence{0};
     StopSource m_stop;
+    StopSource m_insist;
 };
 
 } // namespace larkspur

@@ -4,43 +4,48 @@ namespace larkspur {
 
 namespace {
 
-QStringList words(const QString &command, const PackageTarget &package) {
-    return package.isCask ? QStringList{command, QStringLiteral("--cask"), package.name}
-                          : QStringList{command, package.name};
+BrewArguments words(const BrewWord &command, bool isCask, const PackageName &name) {
+    return isCask ? BrewArguments{command, "--cask", name} : BrewArguments{command, name};
 }
 
-QStringList installWords(const OperationRequest &request, const PackageTarget &package) {
-    QStringList all = words(QStringLiteral("install"), package);
-    if (package.isCask && request.force)
-        all.insert(all.size() - 1, QStringLiteral("--force"));
-    if (package.isCask && request.adopt)
-        all.insert(2, QStringLiteral("--adopt"));
+BrewArguments installWords(const OperationRequest &request, bool isCask, const PackageName &name) {
+    if (!isCask)
+        return {"install", name};
+    BrewArguments all{"install", "--cask"};
+    if (request.adopt)
+        all.append("--adopt");
+    if (request.force)
+        all.append("--force");
+    all.append(name);
     return all;
 }
 
 } // namespace
 
-QStringList brewArguments(const OperationRequest &request, const PackageTarget &package) {
+BrewArguments brewArguments(const OperationRequest &request, const PackageTarget &package) {
+    if (request.kind == OperationKind::UpgradeAll)
+        return {"upgrade"};
+    const auto name = PackageName::parse(package.name);
+    if (!name)
+        return {};
     switch (request.kind) {
     case OperationKind::Install:
-        return installWords(request, package);
+        return installWords(request, package.isCask, *name);
     case OperationKind::Upgrade:
-        if (package.isCask && request.reinstallsCasks)
-            return words(QStringLiteral("reinstall"), package);
-        return {QStringLiteral("upgrade"),
-                package.isCask ? QStringLiteral("--cask") : QStringLiteral("--formula"), package.name};
-    case OperationKind::UpgradeAll:
-        return {QStringLiteral("upgrade")};
+        if (!package.isCask)
+            return {"upgrade", "--formula", *name};
+        return {request.reinstallsCasks ? BrewWord("reinstall") : BrewWord("upgrade"), "--cask", *name};
     case OperationKind::Reinstall:
-        return words(QStringLiteral("reinstall"), package);
+        return words("reinstall", package.isCask, *name);
     case OperationKind::Uninstall:
-        return words(QStringLiteral("uninstall"), package);
+        return words("uninstall", package.isCask, *name);
     case OperationKind::Pin:
-        return words(QStringLiteral("pin"), package);
+        return words("pin", package.isCask, *name);
     case OperationKind::Unpin:
-        return words(QStringLiteral("unpin"), package);
+        return words("unpin", package.isCask, *name);
     case OperationKind::RestartService:
-        return {QStringLiteral("services"), QStringLiteral("restart"), package.name};
+        return {"services", "restart", *name};
+    case OperationKind::UpgradeAll:
     case OperationKind::RollBack:
     case OperationKind::Restore:
         break; // several commands

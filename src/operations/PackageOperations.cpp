@@ -7,9 +7,12 @@
 #include "operations/OperationHistory.h"
 #include "operations/PackageCommands.h"
 #include "operations/UpgradeSafeguard.h"
+#include "operations/casks/LostApplications.h"
 #include "operations/installed/StateCheck.h"
 #include "operations/kegs/KegRollback.h"
 #include "operations/package/HeldPin.h"
+#include "operations/recovery/LostLinks.h"
+#include "operations/recovery/Recovery.h"
 #include "operations/snapshots/SnapshotRestore.h"
 
 #include <algorithm>
@@ -18,13 +21,34 @@ namespace larkspur {
 
 namespace {
 
-Task<InstalledPackages> installedAt(QString prefix) {
+Task<std::expected<InstalledPackages, QString>> installedAt(QString prefix) {
     co_return co_await runInWorker([prefix = std::move(prefix)] { return InstalledPackages::at(prefix); });
 }
 
 void say(const OperationContext &context, const QString &line) {
     if (context.output)
         context.output->addLine(line);
+}
+
+/// Whoever removes a package wants its links gone; a rollback looks after them itself.
+bool mayLoseLinks(OperationKind kind) {
+    return kind == OperationKind::Install || kind == OperationKind::Upgrade ||
+           kind == OperationKind::UpgradeAll || kind == OperationKind::Reinstall ||
+           kind == OperationKind::Restore;
+}
+
+/// The casks whose applications an interruption can cost: Homebrew takes those away before it installs anew.
+/// A reinstallation is looked after by what runs it.
+QStringList casksToUpgrade(const OperationRequest &request, const InstalledPackages &installed) {
+    if (request.kind == OperationKind::UpgradeAll)
+        return installed.currentCasks().keys();
+    QStringList tokens;
+    if ((request.kind == OperationKind::Upgrade && !request.reinstallsCasks) ||
+        request.kind == OperationKind::Install)
+        for (const PackageTarget &package : request.packages)
+            if (package.isCask)
+                tokens.append(package.name);
+    return tokens;
 }
 
 bool isUpToDate(const OperationRequest &request, const PackageTarget &package) {
@@ -38,9 +62,8 @@ QString upToDateLine(const PackageTarget &package) {
 }
 
 /// How each package of a batch removal ended, for the eyes of a person: Homebrew itself says little there.
-QString removalLine(const PackageTarget &package, PackageEnd end) {
-    return (end == PackageEnd::Done ? QStringLiteral("Successfully uninstalled ")
-                                    : QStringLiteral("Error uninstalling ")) +
+QString removalLine(const PackageTarget &package, bool isDone) {
+    return (isDone ? QStringLiteral("Successfully uninstalled ") : QStringLiteral("Error uninstalling ")) +
            package.name;
 }
 
@@ -48,7 +71,7 @@ QString removalLine(const PackageTarget &package, PackageEnd end) {
 void sayBatchResult(const OperationContext &context, const OperationReport &report) {
     QStringList failed;
     for (const PackageResult &result : report.packages)
-        if (result.end != PackageEnd::Done)
+        if (!result.isDone())
             failed.append(result.package.name);
     const auto total = report.packages.size();
     if (failed.isEmpty())
@@ -60,17 +83,6 @@ void sayBatchResult(const OperationContext &context, const OperationReport &repo
                          .arg(failed.join(QStringLiteral(", "))));
 }
 
-/// The packages whose state is worth a look: everything that Homebrew says is done.
-QList<PackageTarget> reportedDone(const OperationRequest &request, const OperationReport &report) {
-    QList<PackageTarget> done;
-    for (const PackageResult &result : report.packages)
-        if (result.end == PackageEnd::Done)
-            done.append(result.package);
-    if (request.kind == OperationKind::UpgradeAll)
-        return done.isEmpty() ? QList<PackageTarget>() : request.packages;
-    return done;
-}
-
 } // namespace
 
 PackageOperations::PackageOperations(Parts parts)
@@ -78,76 +90,121 @@ PackageOperations::PackageOperations(Parts parts)
 
 Task<Result<OperationReport>> PackageOperations::perform(OperationRequest request, OperationContext context,
                                                          std::function<void()> onBegin) {
-    const auto refused = std::ranges::find_if_not(request.packages, isValidPackageName, &PackageTarget::name);
+    const auto refused = std::ranges::find_if_not(request.packages, [](const PackageTarget &package) {
+        return PackageName::parse(package.name).has_value();
+    });
     if (refused != request.packages.end())
         co_return std::unexpected(BrewError::packageNotFound(refused->name));
     request.reinstallsCasks = m_parts.preferences.boolean(keys::useReinstallForCasks);
     if (request.packages.size() == 1 && isUpToDate(request, request.packages.first())) {
         say(context, upToDateLine(request.packages.first()));
-        co_return OperationReport{{{request.packages.first(), PackageEnd::Done}}};
+        co_return OperationReport{.packages = {{.package = request.packages.first(), .isUnchanged = true}}};
     }
-    auto session = co_await m_parts.brew.beginOperation(context);
+    auto session = co_await m_parts.recovery.beginOperation(context);
     if (!session)
         co_return std::unexpected(session.error());
     if (onBegin)
         onBegin();
-    if (m_parts.rollback.hasUnfinished())
-        co_await m_parts.rollback.recover(&*session);
     const auto prefix = co_await m_parts.queries.homebrewPrefix(context.stop);
-    if (!prefix && prefix.error().kind != BrewError::Kind::CommandFailed)
+    if (!prefix) // nothing could be protected, nor looked at afterwards
         co_return std::unexpected(prefix.error());
-    co_return co_await performLocked(
-        {&*session, std::move(request), std::move(context), prefix.value_or(QString())});
+    co_return co_await performLocked({&*session, std::move(request), std::move(context), *prefix});
 }
 
 Task<Result<OperationReport>> PackageOperations::performLocked(Work work) {
-    const InstalledPackages before = co_await installedAt(work.prefix);
-    auto report = co_await performGuarded(work, &before);
-    if (work.prefix.isEmpty())
-        co_return report;
-    const InstalledPackages after = co_await installedAt(work.prefix);
-    if (work.request.isUpgrade())
-        co_await concludeUpgrade(work, &before, &after, &report);
-    if (!report)
-        co_return report;
-    const QStringList warnings =
-        stateWarnings(work.request, reportedDone(work.request, *report), before, after);
-    report->hasWarnings = report->hasWarnings || !warnings.isEmpty();
-    for (const QString &warning : warnings)
-        say(work.context, warning);
-    co_return report;
+    const Installed before = co_await installedAt(work.prefix);
+    std::optional<LostLinks> links;
+    if (mayLoseLinks(work.request.kind) && before)
+        links.emplace(*before, work.prefix, m_parts.casks.noteFolder);
+    const bool isNoted = !links || links->complaint().isEmpty();
+    if (!isNoted)
+        say(work.context, QStringLiteral("==> Warning: ") + links->complaint());
+    const LostApplications applications = co_await noteApplications(work, &before);
+    OperationReport report;
+    const auto done = co_await performGuarded(work, &before, &report);
+    const RecoveryWork repair{work.session, work.context, work.prefix, &m_parts.logger};
+    const bool areLinked = !links || co_await links->relink(repair);
+    const bool areInPlace = co_await applications.putBack(repair);
+    const Installed after = co_await installedAt(work.prefix);
+    const bool isAsReported = check(work, before, after, &report);
+    for (const PackageResult &result : std::as_const(report.packages))
+        if (!result.isUnchanged)
+            m_parts.history.note(work.request.kind, result.package, result.isDone());
+    if (work.request.isUpgrade() && before && after)
+        co_await concludeUpgrade(work, &*before, &*after, done.has_value(), &report);
+    report.hasWarnings =
+        report.hasWarnings ||
+        !(isNoted && areLinked && applications.complaints().isEmpty() && areInPlace && isAsReported);
+    co_return done ? Result<OperationReport>(report) : std::unexpected(done.error());
 }
 
-Task<Result<OperationReport>> PackageOperations::performGuarded(Work work, const InstalledPackages *before) {
-    if (work.request.kind == OperationKind::RollBack)
-        co_return co_await rollBackAll(work);
-    if (work.request.kind == OperationKind::Restore) {
-        OperationReport report;
-        const auto restored = co_await m_parts.restore.run(work.request.restore.value_or(RestoreOrder()),
-                                                           settingOf(work), &report);
-        co_return restored ? Result<OperationReport>(report) : std::unexpected(restored.error());
+Task<LostApplications> PackageOperations::noteApplications(Work work, const Installed *before) {
+    CaskSetting setting = m_parts.casks;
+    setting.prefix = work.prefix;
+    const QStringList tokens = *before ? casksToUpgrade(work.request, **before) : QStringList();
+    auto applications =
+        co_await runInWorker([tokens, setting] { return LostApplications::of(tokens, setting); });
+    for (const QString &complaint : applications.complaints())
+        say(work.context, QStringLiteral("==> Warning: ") + complaint);
+    co_return LostApplications(applications);
+}
+
+/// Whether the packages are as Homebrew reported, or can be known to be; says where not, and puts it into the
+/// report.
+bool PackageOperations::check(const Work &work, const Installed &before, const Installed &after,
+                              OperationReport *report) const {
+    if (!before || !after) {
+        say(work.context,
+            QStringLiteral(
+                "==> Warning: What is installed could not be read, so it is not known whether all is "
+                "as Homebrew reported: %1")
+                .arg(after ? before.error() : after.error()));
+        return false;
     }
-    bool isSafe = true;
-    if (work.request.isUpgrade() && !work.prefix.isEmpty())
-        isSafe = co_await m_parts.safeguard.prepare({work.session, work.request, work.context, work.prefix},
-                                                    before);
-    auto report = co_await performAll(work);
-    if (report && !isSafe)
+    const auto complaintAbout = [&](const PackageTarget &package) {
+        auto complaint = stateComplaint(work.request, package, *before, *after);
+        if (complaint)
+            say(work.context, complaint->line);
+        return complaint;
+    };
+    bool isAsReported = true;
+    for (PackageResult &result : report->packages) {
+        if (!result.isDone())
+            continue;
+        if (work.request.kind == OperationKind::UpgradeAll) { // one command for all of them
+            for (const PackageTarget &package : work.request.packages)
+                isAsReported = !complaintAbout(package) && isAsReported;
+        } else if (const auto complaint = complaintAbout(result.package)) {
+            result.end = complaint->hasNotHappened ? PackageEnd::Failed : PackageEnd::DoneWithWarnings;
+            result.lines = {complaint->line};
+        }
+    }
+    return isAsReported;
+}
+
+Task<Result<bool>> PackageOperations::performGuarded(Work work, const Installed *before,
+                                                     OperationReport *report) {
+    if (work.request.kind == OperationKind::RollBack)
+        co_return co_await rollBackAll(work, report);
+    if (work.request.kind == OperationKind::Restore)
+        co_return co_await m_parts.restore.run(work.request.restore.value_or(RestoreOrder()), settingOf(work),
+                                               report);
+    if (work.request.isUpgrade() &&
+        !co_await m_parts.safeguard.prepare({work.session, work.request, work.context, work.prefix}, before))
         report->hasWarnings = true;
-    co_return report;
+    co_return co_await performAll(work, report);
 }
 
 Task<> PackageOperations::concludeUpgrade(Work work, const InstalledPackages *before,
-                                          const InstalledPackages *after, Result<OperationReport> *report) {
-    co_await m_parts.safeguard.relinkLost({work.session, work.request, work.context, work.prefix}, before,
-                                          after);
+                                          const InstalledPackages *after, bool cameToEnd,
+                                          OperationReport *report) {
     if (work.request.kind == OperationKind::UpgradeAll)
-        m_parts.history.noteUpgradeOfAll(work.request.packages, *after, report->has_value());
-    if (!*report)
+        m_parts.history.noteUpgradeOfAll(work.request.packages, *after, cameToEnd);
+    if (!cameToEnd)
         co_return;
     const QStringList services =
         co_await servicesToRestart(after->formulaeNewSince(*before), work.context.stop);
-    (*report)->servicesToRestart = services;
+    report->servicesToRestart = services;
     if (!services.isEmpty())
         say(work.context, QStringLiteral("==> Services that still run the old version: %1")
                               .arg(services.join(QStringLiteral(", "))));
@@ -157,27 +214,28 @@ PackageRun::Setting PackageOperations::settingOf(const Work &work) const {
     return {.session = work.session,
             .context = work.context,
             .prefix = work.prefix,
-            .noteFile = m_parts.movedAsideNote,
+            .casks = m_parts.casks,
             .logger = &m_parts.logger};
 }
 
-Task<Result<OperationReport>> PackageOperations::rollBackAll(Work work) {
-    OperationReport report;
+Task<Result<bool>> PackageOperations::rollBackAll(Work work, OperationReport *report) {
     for (const PackageTarget &package : work.request.packages) {
         if (work.context.stop.stop_requested())
             co_return std::unexpected(BrewError::stopped());
-        const bool isBack = co_await m_parts.rollback.run({.session = work.session,
-                                                           .context = work.context,
-                                                           .prefix = work.prefix,
-                                                           .formula = shortName(package.name),
-                                                           .version = package.latestVersion});
-        report.packages.append({package, isBack ? PackageEnd::Done : PackageEnd::Failed});
+        const auto formula = PackageName::parse(shortName(package.name));
+        KegRollback::End end;
+        if (formula)
+            end = co_await m_parts.rollback.run({.session = work.session,
+                                                 .context = work.context,
+                                                 .prefix = work.prefix,
+                                                 .formula = *formula,
+                                                 .version = package.latestVersion});
+        report->packages.append({package, end.packageEnd()});
     }
-    co_return report;
+    co_return true;
 }
 
-Task<Result<OperationReport>> PackageOperations::performAll(Work work) {
-    OperationReport report;
+Task<Result<bool>> PackageOperations::performAll(Work work, OperationReport *report) {
     QList<PackageTarget> packages = work.request.packages;
     if (work.request.kind == OperationKind::UpgradeAll)
         packages = {PackageTarget{}}; // one command for all of them
@@ -189,27 +247,29 @@ Task<Result<OperationReport>> PackageOperations::performAll(Work work) {
                 QStringLiteral("==> %1 %2").arg(operationVerb(work.request.kind), package.name));
         if (isBatch && work.context.onPackage)
             work.context.onPackage(package.name, static_cast<int>(i), static_cast<int>(packages.size()));
-        const auto done = co_await performOne(work, package, &report);
+        const auto done = co_await performOne(work, package, report);
         if (!done)
             co_return std::unexpected(done.error());
         if (isBatch && work.request.kind == OperationKind::Uninstall)
-            say(work.context, removalLine(package, report.packages.last().end));
+            say(work.context, removalLine(package, report->packages.last().isDone()));
+        if (report->packages.last().end == PackageEnd::Cancelled)
+            work.context.sudoAuth = nullptr; // who has declined is not asked for each of the rest
     }
     if (isBatch)
-        sayBatchResult(work.context, report);
-    co_return report;
+        sayBatchResult(work.context, *report);
+    co_return true;
 }
 
 /// Adds the package's result to the report.
 Task<Result<bool>> PackageOperations::performOne(Work work, PackageTarget package, OperationReport *report) {
     if (isUpToDate(work.request, package)) {
         say(work.context, upToDateLine(package));
-        report->packages.append({package, PackageEnd::Done});
+        report->packages.append({.package = package, .isUnchanged = true});
         co_return true;
     }
     const PackageRun::Setting setting = settingOf(work);
     const bool isHeld = package.isPinned && work.request.kind == OperationKind::Upgrade;
-    HeldPin pin(setting, m_parts.heldPinNote, package);
+    HeldPin pin(setting, package);
     if (isHeld) {
         const auto unpinned = co_await pin.takeOff();
         if (!unpinned) {
@@ -218,14 +278,14 @@ Task<Result<bool>> PackageOperations::performOne(Work work, PackageTarget packag
         }
     }
     PackageRun run(setting, work.request, package);
-    const Result<PackageEnd> end = co_await run.run();
+    const Result<PackageResult> result = co_await run.run();
     if (isHeld && !co_await pin.putBack())
         report->hasWarnings = true;
-    m_parts.history.note(work.request.kind, package, end == PackageEnd::Done);
-    if (!end)
-        co_return std::unexpected(end.error());
-    report->packages.append({package, *end});
-    report->hasWarnings = report->hasWarnings || run.hasWarnings();
+    if (!result) {
+        m_parts.history.note(work.request.kind, package, false);
+        co_return std::unexpected(result.error());
+    }
+    report->packages.append(*result);
     co_return true;
 }
 

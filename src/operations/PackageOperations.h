@@ -2,16 +2,18 @@
 
 #include "core/brew/BrewService.h"
 #include "operations/OperationReport.h"
+#include "operations/installed/InstalledPackages.h"
 #include "operations/package/PackageRun.h"
 
 namespace larkspur {
 
-class InstalledPackages;
 class InventoryQueries;
 class KegRollback;
 class Logger;
+class LostApplications;
 class OperationHistory;
 class Preferences;
+class Recovery;
 class SnapshotRestore;
 class UpgradeSafeguard;
 
@@ -20,7 +22,7 @@ class UpgradeSafeguard;
 class PackageOperations {
   public:
     struct Parts {
-        BrewService &brew;
+        Recovery &recovery;
         InventoryQueries &queries;
         Preferences &preferences;
         Logger &logger;
@@ -28,8 +30,7 @@ class PackageOperations {
         KegRollback &rollback;
         SnapshotRestore &restore;
         OperationHistory &history;
-        QString movedAsideNote; ///< file for what stands aside during a reinstallation
-        QString heldPinNote;    ///< file for the package that is unpinned during its upgrade
+        CaskSetting casks;
     };
     explicit PackageOperations(Parts parts);
 
@@ -47,12 +48,16 @@ class PackageOperations {
         QString prefix; ///< of Homebrew; empty where unknown
     };
     Task<Result<OperationReport>> performLocked(Work work);
-    Task<Result<OperationReport>> performGuarded(Work work, const InstalledPackages *before);
-    Task<Result<OperationReport>> performAll(Work work);
+    using Installed = std::expected<InstalledPackages, QString>;
+    Task<LostApplications> noteApplications(Work work, const Installed *before);
+    Task<Result<bool>> performGuarded(Work work, const Installed *before, OperationReport *report);
+    bool check(const Work &work, const Installed &before, const Installed &after,
+               OperationReport *report) const;
+    Task<Result<bool>> performAll(Work work, OperationReport *report);
     Task<Result<bool>> performOne(Work work, PackageTarget package, OperationReport *report);
-    Task<Result<OperationReport>> rollBackAll(Work work);
+    Task<Result<bool>> rollBackAll(Work work, OperationReport *report);
     Task<> concludeUpgrade(Work work, const InstalledPackages *before, const InstalledPackages *after,
-                           Result<OperationReport> *report);
+                           bool cameToEnd, OperationReport *report);
     PackageRun::Setting settingOf(const Work &work) const;
     Task<QStringList> servicesToRestart(QStringList upgraded, StopToken stop);
 

@@ -16,15 +16,16 @@ const QString placeholder = QStringLiteral(" <package-name>");
 QString terminalCommand(const OperationRequest &request) {
     QStringList names;
     for (const PackageTarget &package : request.packages)
-        if (isValidPackageName(package.name)) // what goes to the clipboard is pasted into a shell
+        if (PackageName::parse(package.name)) // what goes to the clipboard is pasted into a shell
             names.append(package.name);
     const bool isCask =
         !request.packages.isEmpty() && std::ranges::all_of(request.packages, &PackageTarget::isCask);
     OperationRequest plain = request;
     plain.reinstallsCasks = false;
-    if (brewArguments(plain, {}).isEmpty())
+    const QString subcommand = brewArguments(plain, {.name = QStringLiteral("x")}).subcommand();
+    if (subcommand.isEmpty())
         return {}; // no single command does it
-    QString command = QStringLiteral("brew ") + brewArguments(plain, {}).first();
+    QString command = QStringLiteral("brew ") + subcommand;
     if (request.kind == OperationKind::RestartService)
         command += QStringLiteral(" restart");
     if (request.kind == OperationKind::UpgradeAll)

@@ -2,15 +2,15 @@
 
 #include "core/brew/BrewService.h"
 #include "operations/OperationRequest.h"
+#include "operations/installed/InstalledPackages.h"
 
 namespace larkspur {
 
-class InstalledPackages;
 class KegPreservationManager;
 class Logger;
 class SnapshotManager;
 
-/// What is done before an upgrade so that it can be undone, and after one that broke off.
+/// What is done before an upgrade so that it can be undone.
 class UpgradeSafeguard {
   public:
     struct Parts {
@@ -26,16 +26,18 @@ class UpgradeSafeguard {
         OperationContext context;
         QString prefix;
     };
-    /// Takes a restore point and preserves every keg that the upgrade will replace. What fails is said and
-    /// logged, and the upgrade goes on. False if something has failed.
-    Task<bool> prepare(Upgrade upgrade, const InstalledPackages *installed);
-
-    /// Links what was linked before and has lost its links: Homebrew that is killed during an upgrade leaves
-    /// a formula so.
-    Task<> relinkLost(Upgrade upgrade, const InstalledPackages *before, const InstalledPackages *after);
+    /// Takes a restore point and preserves every keg that the upgrade will replace; neither where it could
+    /// not be read what is installed. What fails is said and logged, and the upgrade goes on. False if
+    /// something has failed.
+    Task<bool> prepare(Upgrade upgrade, const std::expected<InstalledPackages, QString> *installed);
 
   private:
-    Task<QStringList> replacedFormulae(Upgrade upgrade);
+    Task<bool> preserve(Upgrade upgrade, const InstalledPackages *installed, std::optional<QUuid> snapshot);
+    struct Replaced {
+        QStringList names;
+        QString failure = {}; ///< why there may be more; empty if these are all
+    };
+    Task<Replaced> replacedFormulae(Upgrade upgrade);
 
     Parts m_parts;
 };

@@ -29,6 +29,7 @@ class OperationCenterTest : public QObject {
   private Q_SLOTS:
     void runsGoThroughTheirStates() {
         World world;
+        world.addFormula("a", "1");
         const QSignalSpy changes(&world.center, &OperationCenter::packagesWillChange);
         const QSignalSpy ends(&world.center, &OperationCenter::finished);
         OperationRun *first = world.upgrade("a");

@@ -46,11 +46,12 @@ class PackageOperationsTest : public QObject {
 
     void installFlagsAreForCasks() {
         OperationRequest request{.kind = OperationKind::Install, .adopt = true, .force = true};
-        QCOMPARE(brewArguments(request, {"x", true}),
+        QCOMPARE(brewArguments(request, {"x", true}).words(),
                  QStringList({"install", "--cask", "--adopt", "--force", "x"}));
-        QCOMPARE(brewArguments(request, {"x", false}), QStringList({"install", "x"}));
+        QCOMPARE(brewArguments(request, {"x", false}).words(), QStringList({"install", "x"}));
         request.adopt = false;
-        QCOMPARE(brewArguments(request, {"x", true}), QStringList({"install", "--cask", "--force", "x"}));
+        QCOMPARE(brewArguments(request, {"x", true}).words(),
+                 QStringList({"install", "--cask", "--force", "x"}));
     }
 
     void adoptAndForceFallBackToForce() {
@@ -72,6 +73,7 @@ class PackageOperationsTest : public QObject {
         world.shell.answer("reinstall c", "fine\n");
         world.shell.answer("pin c", {});
         world.perform(OperationKind::Uninstall, {{"a", false}, {"b", true}});
+        world.addFormula("c", "1");
         world.perform(OperationKind::Reinstall, {{"c", false}});
         world.perform(OperationKind::Pin, {{"c", false}}); // changes nothing that is installed
         world.addFormula("d", "2");
@@ -96,6 +98,15 @@ class PackageOperationsTest : public QObject {
         QCOMPARE(world.changes(), QStringList{"upgrade"});
     }
 
+    /// What is where is not known: nothing could be protected, so nothing is begun.
+    void withoutThePrefixNothingIsDone() {
+        OperationWorld world;
+        world.shell.answer("--prefix", "", 137);
+        const auto report = world.perform({.kind = OperationKind::UpgradeAll});
+        QVERIFY(!report);
+        QCOMPARE(world.changes(), QStringList());
+    }
+
     void aBatchGoesOnAfterAFailure() {
         World world;
         world.shell.answer("uninstall a", {}, 1, "Error: needed\n");
@@ -106,6 +117,45 @@ class PackageOperationsTest : public QObject {
             world.sink->lines(),
             QStringList({"==> Uninstalling a", "Error: needed", "Error uninstalling a", "==> Uninstalling b",
                          "Successfully uninstalled b", "==> 1 of 2 packages are done. Not done: a"}));
+    }
+
+    void aServiceIsRestarted() {
+        World world;
+        world.shell.answer("services restart db", "fine\n");
+        QVERIFY(world.perform(OperationKind::RestartService, {{"db"}}));
+        QCOMPARE(world.changes(), QStringList{"services restart db"});
+    }
+
+    void aStopEndsABatchBetweenItsPackages() {
+        World world;
+        StopSource stop;
+        world.shell.answerOnce("uninstall a", {}, 0, [&stop] { stop.request_stop(); });
+        const auto report =
+            await(world.operations.perform({.kind = OperationKind::Uninstall, .packages = {{"a"}, {"b"}}},
+                                           {.output = world.sink, .stop = stop.get_token()}));
+        QVERIFY(!report && report.error().kind == BrewError::Kind::Stopped);
+        QCOMPARE(world.changes(), QStringList{"uninstall a"}); // b was not begun
+    }
+
+    void aStopPutsThePinBack_data() {
+        QTest::addColumn<QString>("stoppedAt");
+        for (const char *command : {"unpin x", "upgrade --formula x"})
+            QTest::newRow(command) << command;
+    }
+    void aStopPutsThePinBack() {
+        QFETCH(QString, stoppedAt);
+        World world;
+        world.addFormula("x", "1");
+        StopSource stop;
+        world.shell.answer("unpin x", {});
+        world.shell.answer("pin x", {});
+        world.shell.answerOnce(stoppedAt, {}, -1, [&stop] { stop.request_stop(); });
+        const auto report = await(world.operations.perform(
+            {.kind = OperationKind::Upgrade, .packages = {{"x", false, "1", "2", true}}},
+            {.output = world.sink, .stop = stop.get_token()}));
+        QVERIFY(!report && report.error().kind == BrewError::Kind::Stopped);
+        QCOMPARE(world.changes().last(), "pin x");
+        QVERIFY(world.notes().isEmpty());
     }
 
     void hostileNamesReachNoCommand() {

@@ -58,6 +58,17 @@ class UpgradeSafeguardTest : public QObject {
         QVERIFY(!world.shell.commandLines().contains("upgrade --dry-run --formula acme/tools/x"));
     }
 
+    void aDryRunThatFailsIsSaid() {
+        World world;
+        world.shell.answer("upgrade --dry-run --formula acme/tools/x", {}, 1, "Error: broken tap\n");
+        const auto report = world.upgrade();
+        QCOMPARE(report->count(PackageEnd::Done), 1);
+        QVERIFY(report->hasWarnings);
+        QCOMPARE(world.preserved(), QStringList{"x 1"});
+        const QString said = world.sink->lines().filter("does not tell what else").join('\n');
+        QVERIFY2(said.startsWith("==> Warning: Homebrew ") && said.contains("broken tap"), qPrintable(said));
+    }
+
     void whatFailsIsSaidAndTheUpgradeGoesOn_data() {
         QTest::addColumn<QString>("what");
         QTest::newRow("copy") << "copy";
@@ -79,6 +90,38 @@ class UpgradeSafeguardTest : public QObject {
         const QString text = world.sink->lines().join('\n');
         QVERIFY2(text.contains("==> Warning: ") && text.contains("fine"), qPrintable(text));
         QCOMPARE(world.preserved().size(), what == "snapshot" ? 2 : 0);
+    }
+
+    void theCapSparesWhatThisUpgradeReplaces() {
+        World world;
+        world.preferences.set(keys::kegPreservationCapBytes, 1);
+        Fixture::write(world.prefix() + "/Cellar/x/1/file", QByteArray(10'000, 'x'));
+        Fixture::write(world.prefix() + "/Cellar/lib/1/file", QByteArray(10'000, 'x'));
+        QVERIFY(world.upgrade());
+        QCOMPARE(world.preserved(), QStringList({"lib 1", "x 1"}));
+    }
+
+    void aCapThatIsNotKnownRemovesNothing() {
+        World world;
+        world.preferences.set(keys::kegPreservationCapBytes, "damaged");
+        QVERIFY(world.upgrade());
+        await(world.kegs.enforceCap({}));
+        QCOMPARE(world.preserved().size(), 2);
+        world.preferences.set(keys::kegPreservationCapBytes, 0);
+        Fixture::write(world.kegs.storedFolder("x", "1").value_or(QString()) + "/file", "x");
+        await(world.kegs.enforceCap({}));
+        QVERIFY(world.preserved().size() < 2);
+    }
+
+    void aVersionThatIsALinkIsKeptAsWhatItLeadsTo() {
+        World world;
+        world.remove("Cellar/x/1");
+        QDir().mkpath(world.path("built/bin"));
+        Fixture::write(world.path("built/bin/x"), "real");
+        QVERIFY(QFile::link(world.path("built"), world.prefix() + "/Cellar/x/1"));
+        QVERIFY(world.upgrade());
+        QCOMPARE(Fixture::read(world.kegs.storedFolder("x", "1").value_or(QString()) + "/bin/x"), "real");
+        QVERIFY(!QFileInfo(world.kegs.storedFolder("x", "1").value_or(QString())).isSymLink());
     }
 
     void switchedOff() {

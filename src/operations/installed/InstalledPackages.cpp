@@ -1,32 +1,96 @@
 #include "operations/installed/InstalledPackages.h"
 
 #include "core/brew/PackageName.h"
+#include "core/files/FolderNames.h"
 
 #include <QCollator>
-#include <QDir>
-#include <QFileInfo>
+#include <QFile>
 
 #include <algorithm>
+#include <filesystem>
 
 namespace larkspur {
 
 namespace {
 
-QStringList foldersIn(const QString &path) {
-    return QDir(path).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::NoSort);
+namespace fs = std::filesystem;
+
+/// Thrown in this file only: what is installed cannot be known.
+struct Unreadable {
+    QString reason;
+};
+
+fs::path pathOf(const QString &text) {
+    return QFile::encodeName(text).toStdString();
 }
 
-QHash<QString, QStringList> versionFolders(const QString &root) {
+QString textOf(const fs::path &path) {
+    return QFile::decodeName(path.c_str());
+}
+
+[[noreturn]] void fail(const fs::path &path, const std::error_code &error) {
+    throw Unreadable{
+        QStringLiteral("%1 cannot be read: %2").arg(textOf(path), QString::fromStdString(error.message()))};
+}
+
+/// Whether it is a folder, or leads to one. What is not there, and a link that leads nowhere, is none.
+bool isFolder(const fs::path &path) {
+    std::error_code error;
+    const bool is = fs::is_directory(path, error);
+    const bool leadsNowhere = error == std::errc::no_such_file_or_directory ||
+                              error == std::errc::not_a_directory ||
+                              error == std::errc::too_many_symbolic_link_levels;
+    if (error && !leadsNowhere)
+        fail(path, error);
+    return is;
+}
+
+QStringList allIn(const fs::path &folder) {
+    auto names = namesIn(textOf(folder));
+    if (!names)
+        throw Unreadable{names.error()};
+    return std::move(*names);
+}
+
+/// What is installed may lie elsewhere, behind a link. One that leads nowhere says that something is
+/// installed and not what.
+bool isInstalledFolder(const fs::path &path) {
+    std::error_code error;
+    if (isFolder(path))
+        return true;
+    if (fs::is_symlink(fs::symlink_status(path, error)) && !fs::exists(path, error))
+        fail(path, error ? error : std::make_error_code(std::errc::no_such_file_or_directory));
+    return false;
+}
+
+QStringList foldersIn(const fs::path &folder) {
+    QStringList names = allIn(folder);
+    names.removeIf([&folder](const QString &name) { return !isInstalledFolder(folder / pathOf(name)); });
+    return names;
+}
+
+QHash<QString, QStringList> versionFolders(const fs::path &root) {
     QHash<QString, QStringList> all;
     for (const QString &name : foldersIn(root))
-        if (const QStringList versions = foldersIn(root + QLatin1Char('/') + name); !versions.isEmpty())
+        if (const QStringList versions = foldersIn(root / pathOf(name)); !versions.isEmpty())
             all.insert(name, versions);
     return all;
 }
 
-/// Names of links, whether what they point at exists or not.
-QStringList linksIn(const QString &path) {
-    return QDir(path).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot, QDir::NoSort);
+/// Calls `take(name, formula, version)` for each link that leads to a keg.
+template <typename Take>
+void forEachKegLink(const fs::path &folder, Take take) {
+    for (const QString &name : allIn(folder)) {
+        std::error_code error;
+        const fs::path target = fs::read_symlink(folder / pathOf(name), error);
+        const bool isNoLink =
+            error == std::errc::invalid_argument || error == std::errc::no_such_file_or_directory;
+        if (error && !isNoLink)
+            fail(folder / pathOf(name), error);
+        const fs::path keg = (folder / target).lexically_normal();
+        if (!error && isFolder(keg))
+            take(name, textOf(keg.parent_path().filename()), textOf(keg.filename()));
+    }
 }
 
 QString newest(const QStringList &versions) {
@@ -37,26 +101,37 @@ QString newest(const QStringList &versions) {
 
 } // namespace
 
-InstalledPackages InstalledPackages::at(const QString &prefix) {
-    InstalledPackages found;
-    found.m_formulae = versionFolders(prefix + QStringLiteral("/Cellar"));
-    found.m_casks = versionFolders(prefix + QStringLiteral("/Caskroom"));
-    const QString opt = prefix + QStringLiteral("/opt");
-    for (const QString &name : linksIn(opt)) {
-        const QString keg = QFileInfo(opt + QLatin1Char('/') + name).symLinkTarget();
-        if (!QFileInfo(keg).isDir())
-            continue; // leads nowhere
-        if (const QString target = QFileInfo(QFileInfo(keg).path()).fileName(); target != name)
-            found.m_aliases.insert(name, target);
-        else
-            found.m_opt.insert(name, QFileInfo(keg).fileName());
+std::expected<InstalledPackages, QString> InstalledPackages::at(const QString &prefix) {
+    if (prefix.isEmpty())
+        return std::unexpected(QStringLiteral("it is not known where Homebrew lies"));
+    try {
+        return read(prefix);
+    } catch (const Unreadable &failure) {
+        return std::unexpected(failure.reason);
     }
-    const QString linked = prefix + QStringLiteral("/var/homebrew/linked");
-    for (const QString &name : linksIn(linked))
-        if (const QFileInfo keg(QFileInfo(linked + QLatin1Char('/') + name).symLinkTarget()); keg.isDir())
-            found.m_linked.insert(name, keg.fileName());
-    found.m_pinnedFormulae = linksIn(prefix + QStringLiteral("/var/homebrew/pinned"));
-    found.m_pinnedCasks = linksIn(prefix + QStringLiteral("/var/homebrew/pinned_casks"));
+}
+
+InstalledPackages InstalledPackages::read(const QString &prefix) {
+    const fs::path root = pathOf(prefix);
+    if (!isFolder(root))
+        fail(root, std::make_error_code(std::errc::not_a_directory));
+    const fs::path records = root / "var" / "homebrew";
+    InstalledPackages found;
+    found.m_formulae = versionFolders(root / "Cellar");
+    found.m_casks = versionFolders(root / "Caskroom");
+    forEachKegLink(root / "opt",
+                   [&found](const QString &name, const QString &formula, const QString &version) {
+                       if (formula == name)
+                           found.m_opt.insert(name, version);
+                       else
+                           found.m_aliases.insert(name, formula);
+                   });
+    forEachKegLink(records / "linked",
+                   [&found](const QString &name, const QString &, const QString &version) {
+                       found.m_linked.insert(name, version);
+                   });
+    found.m_pinnedFormulae = allIn(records / "pinned");
+    found.m_pinnedCasks = allIn(records / "pinned_casks");
     return found;
 }
 
@@ -103,20 +178,6 @@ QStringList InstalledPackages::formulaeNewSince(const InstalledPackages &earlier
             }
     names.sort();
     return names;
-}
-
-QStringList applicationsOf(const QString &prefix, const QString &token) {
-    const QString home = prefix + QStringLiteral("/Caskroom/") + shortName(token);
-    QStringList paths;
-    for (const QString &version : foldersIn(home)) {
-        const QDir staged(home + QLatin1Char('/') + version);
-        for (const QString &name : staged.entryList({QStringLiteral("*.app")},
-                                                    QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot))
-            if (const QFileInfo link(staged.filePath(name)); link.isSymLink())
-                paths.append(QDir::cleanPath(staged.absoluteFilePath(link.symLinkTarget())));
-    }
-    paths.removeDuplicates();
-    return paths;
 }
 
 } // namespace larkspur

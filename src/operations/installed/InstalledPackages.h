@@ -5,13 +5,17 @@
 #include <QString>
 #include <QStringList>
 
+#include <expected>
+
 namespace larkspur {
 
 /// What the folders of a Homebrew say is installed, read without brew. Blocking: run it in a worker.
 class InstalledPackages {
   public:
-    /// Empty for a prefix that cannot be read.
-    static InstalledPackages at(const QString &prefix);
+    /// Folders that are not there hold nothing, below a prefix that is there. Whatever else keeps one from
+    /// being read, a link that leads nowhere too, is the error, one line of text: a list with a hole must not
+    /// pass for what is installed.
+    static std::expected<InstalledPackages, QString> at(const QString &prefix);
 
     /// Versions of a formula, under its short name or an alias; empty if it is not installed.
     QStringList formulaVersions(const QString &name) const;
@@ -35,6 +39,8 @@ class InstalledPackages {
     QStringList formulaeNewSince(const InstalledPackages &earlier) const;
 
   private:
+    static InstalledPackages read(const QString &prefix);
+
     QHash<QString, QStringList> m_formulae;
     QHash<QString, QString> m_aliases; ///< name of a link in opt to the short name it leads to
     QHash<QString, QString> m_opt;     ///< version that a formula's own link in opt leads to
@@ -43,8 +49,5 @@ class InstalledPackages {
     QStringList m_pinnedFormulae;
     QStringList m_pinnedCasks;
 };
-
-/// Where the applications of an installed cask belong, from the links that Homebrew keeps in the Caskroom.
-QStringList applicationsOf(const QString &prefix, const QString &token);
 
 } // namespace larkspur

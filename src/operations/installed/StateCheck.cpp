@@ -23,35 +23,43 @@ bool contains(const QStringList &versions, const QString &wanted) {
     });
 }
 
-QString upgradeComplaint(const PackageTarget &package, const Versions &versions) {
-    const bool isThere = package.latestVersion.isEmpty() ? versions.after != versions.before
-                                                         : contains(versions.after, package.latestVersion);
-    if (isThere || versions.before.isEmpty())
-        return versions.after.isEmpty() ? QStringLiteral("is not installed") : QString();
-    return package.latestVersion.isEmpty() ? QStringLiteral("is unchanged: %1").arg(listed(versions.after))
-                                           : QStringLiteral("is not at %1: what is there is %2")
-                                                 .arg(package.latestVersion, listed(versions.after));
+struct Finding {
+    QString text = {};
+    bool hasNotHappened = false;
+};
+
+Finding unless(bool isSo, const QString &text) {
+    return isSo ? Finding() : Finding{text, true};
 }
 
-QString complaint(const OperationRequest &request, const PackageTarget &package, const Versions &versions,
-                  bool isPinned) {
+Finding upgradeFinding(const PackageTarget &package, const Versions &versions) {
+    const bool isThere = package.latestVersion.isEmpty() ? versions.after != versions.before
+                                                         : contains(versions.after, package.latestVersion);
+    if (isThere || versions.before.isEmpty() || versions.after.isEmpty())
+        return unless(!versions.after.isEmpty(), QStringLiteral("is not installed"));
+    return {package.latestVersion.isEmpty() ? QStringLiteral("is unchanged: %1").arg(listed(versions.after))
+                                            : QStringLiteral("is not at %1: what is there is %2")
+                                                  .arg(package.latestVersion, listed(versions.after))};
+}
+
+Finding finding(const OperationRequest &request, const PackageTarget &package, const Versions &versions,
+                bool isPinned) {
     switch (request.kind) {
     case OperationKind::Install:
     case OperationKind::Reinstall:
-        return versions.after.isEmpty() ? QStringLiteral("is not installed") : QString();
+        return unless(!versions.after.isEmpty(), QStringLiteral("is not installed"));
     case OperationKind::Upgrade:
     case OperationKind::UpgradeAll:
         return package.isPinned && request.kind == OperationKind::UpgradeAll
-                   ? QString()
-                   : upgradeComplaint(package, versions);
+                   ? Finding()
+                   : upgradeFinding(package, versions);
     case OperationKind::Uninstall:
-        return versions.after.isEmpty()
-                   ? QString()
-                   : QStringLiteral("is still installed: %1").arg(listed(versions.after));
+        return unless(versions.after.isEmpty(),
+                      QStringLiteral("is still installed: %1").arg(listed(versions.after)));
     case OperationKind::Pin:
-        return isPinned ? QString() : QStringLiteral("is not pinned");
+        return unless(isPinned, QStringLiteral("is not pinned"));
     case OperationKind::Unpin:
-        return isPinned ? QStringLiteral("is still pinned") : QString();
+        return unless(!isPinned, QStringLiteral("is still pinned"));
     case OperationKind::RestartService:
     case OperationKind::RollBack: // looks for itself
     case OperationKind::Restore:
@@ -62,19 +70,17 @@ QString complaint(const OperationRequest &request, const PackageTarget &package,
 
 } // namespace
 
-QStringList stateWarnings(const OperationRequest &request, const QList<PackageTarget> &reportedDone,
-                          const InstalledPackages &before, const InstalledPackages &after) {
-    QStringList warnings;
-    for (const PackageTarget &package : reportedDone) {
-        const Versions versions{before.versions(package.name, package.isCask),
-                                after.versions(package.name, package.isCask)};
-        const QString text =
-            complaint(request, package, versions, after.isPinned(package.name, package.isCask));
-        if (!text.isEmpty())
-            warnings.append(
-                QStringLiteral("==> Warning: Homebrew reported success, but %1 %2.").arg(package.name, text));
-    }
-    return warnings;
+std::optional<StateComplaint> stateComplaint(const OperationRequest &request, const PackageTarget &package,
+                                             const InstalledPackages &before,
+                                             const InstalledPackages &after) {
+    const Versions versions{before.versions(package.name, package.isCask),
+                            after.versions(package.name, package.isCask)};
+    const Finding found = finding(request, package, versions, after.isPinned(package.name, package.isCask));
+    if (found.text.isEmpty())
+        return std::nullopt;
+    return StateComplaint{
+        QStringLiteral("==> Warning: Homebrew reported success, but %1 %2.").arg(package.name, found.text),
+        found.hasNotHappened};
 }
 
 } // namespace larkspur

@@ -5,9 +5,12 @@
 
 namespace larkspur {
 
-/// What is not as an operation that reported success should have left it: one warning line per package, with
-/// what is really there.
-QStringList stateWarnings(const OperationRequest &request, const QList<PackageTarget> &reportedDone,
-                          const InstalledPackages &before, const InstalledPackages &after);
+/// A package that is not as an operation which reported success should have left it.
+struct StateComplaint {
+    QString line;                ///< for the output, with what is really there
+    bool hasNotHappened = false; ///< nothing of what was wanted; otherwise it is there in another version
+};
+std::optional<StateComplaint> stateComplaint(const OperationRequest &request, const PackageTarget &package,
+                                             const InstalledPackages &before, const InstalledPackages &after);
 
 } // namespace larkspur

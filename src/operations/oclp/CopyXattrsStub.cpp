@@ -52,13 +52,16 @@ CopyXattrsStub::~CopyXattrsStub() {
         m_logger.error(QStringLiteral("[Larkspur] OCLP mode: %1 could not be put back").arg(m_script));
 }
 
-bool CopyXattrsStub::hasLeftover(const QString &prefix) {
-    return QFileInfo::exists(backupOf(scriptIn(prefix)));
+bool CopyXattrsLeftover::exists(const QString &prefix) const {
+    return !prefix.isEmpty() && QFileInfo::exists(backupOf(scriptIn(prefix)));
 }
 
-void CopyXattrsStub::recover(const QString &prefix, Logger &logger) {
-    if (hasLeftover(prefix) && restore(scriptIn(prefix)))
-        logger.info(QStringLiteral("[Larkspur] OCLP mode: put copy-xattrs back after an interrupted update"));
+Task<> CopyXattrsLeftover::putRight(RecoveryWork work) {
+    if (restore(scriptIn(work.prefix)))
+        work.say(QStringLiteral("Put Homebrew's copy-xattrs back after an interrupted update."));
+    else
+        work.warn(QStringLiteral("%1 could not be put back.").arg(scriptIn(work.prefix)));
+    co_return;
 }
 
 } // namespace larkspur

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "operations/recovery/Leftover.h"
+
 #include <QString>
 
 namespace larkspur {
@@ -16,14 +18,16 @@ class CopyXattrsStub {
     CopyXattrsStub &operator=(const CopyXattrsStub &) = delete;
     ~CopyXattrsStub();
 
-    /// Whether a crash has left Homebrew's script aside.
-    static bool hasLeftover(const QString &prefix);
-    /// Puts it back.
-    static void recover(const QString &prefix, Logger &logger);
-
   private:
     QString m_script; ///< empty if nothing was replaced
     Logger &m_logger;
+};
+
+/// Homebrew's script that a crash has left aside.
+class CopyXattrsLeftover final : public Leftover {
+  public:
+    bool exists(const QString &prefix) const override;
+    Task<> putRight(RecoveryWork work) override;
 };
 
 } // namespace larkspur

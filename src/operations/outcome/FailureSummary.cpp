@@ -4,23 +4,37 @@
 #include "core/errors/AppError.h"
 #include "core/output/PhraseSet.h"
 
+#include <QRegularExpression>
+
+#include <algorithm>
+
 namespace larkspur {
 
 namespace {
 
-QString namesOf(const OperationRequest &request) {
+QStringList namesOf(const OperationRequest &request) {
     QStringList names;
     for (const PackageTarget &package : request.packages)
         names.append(package.name);
-    return names.join(QStringLiteral(", "));
+    return names;
 }
 
-FailureSummary rolledBack(const OperationRequest &request) {
-    const bool isOne = request.packages.size() == 1;
-    const QString names = request.packages.isEmpty() ? QStringLiteral("a package") : namesOf(request);
-    const QString verb =
-        isOne || request.packages.isEmpty() ? QStringLiteral(" was") : QStringLiteral(" were");
-    return {QStringLiteral("Upgrade rolled back: ") + names + verb +
+/// The packages that Homebrew says it has reverted; those of the request where it names none.
+QStringList revertedNames(const OperationRequest &request, const QStringList &output) {
+    static const QRegularExpression revert(QStringLiteral("Reverting upgrade for (?:Cask |Formula )?(\\S+)"));
+    QStringList names;
+    for (const QString &line : output)
+        if (const auto match = revert.match(line); match.hasMatch())
+            names.append(match.captured(1));
+    names.removeDuplicates();
+    return names.isEmpty() ? namesOf(request) : names;
+}
+
+FailureSummary rolledBack(const OperationRequest &request, const QStringList &output) {
+    const QStringList names = revertedNames(request, output);
+    const QString verb = names.size() > 1 ? QStringLiteral(" were") : QStringLiteral(" was");
+    const QString subject = names.isEmpty() ? QStringLiteral("a package") : names.join(QStringLiteral(", "));
+    return {QStringLiteral("Upgrade rolled back: ") + subject + verb +
                 QStringLiteral(" restored to the previous version."),
             QStringLiteral("Homebrew hit an error mid-upgrade, so no changes were kept.")};
 }
@@ -28,7 +42,7 @@ FailureSummary rolledBack(const OperationRequest &request) {
 FailureSummary needsAdministrator(const OperationRequest &request) {
     if (request.kind == OperationKind::Upgrade && !request.packages.isEmpty())
         return {QStringLiteral("This operation requires administrator privileges to upgrade ") +
-                    namesOf(request) + QLatin1Char('.'),
+                    namesOf(request).join(QStringLiteral(", ")) + QLatin1Char('.'),
                 {}};
     return {QStringLiteral("This operation requires administrator privileges."), {}};
 }
@@ -63,7 +77,53 @@ FailureSummary notRolledBack(const QStringList &output) {
     return {lines.join(QLatin1Char('\n')), {}};
 }
 
+/// A build that failed names no error: its last lines and its log do.
+std::optional<FailureSummary> notBuilt(const OperationRequest &request, const QStringList &output) {
+    static const QRegularExpression header(QStringLiteral("^Last \\d+ lines from (.+):$"));
+    const auto start =
+        std::ranges::find_if(output, [](const QString &line) { return header.match(line).hasMatch(); });
+    if (start == output.end())
+        return std::nullopt;
+    QStringList last;
+    for (auto line = start + 1; line != output.end(); ++line) {
+        if (line->startsWith(QLatin1String("READ THIS")) || line->startsWith(QLatin1String("If reporting")) ||
+            line->startsWith(QLatin1String("==> ")))
+            break;
+        last.append(*line);
+    }
+    const QString name =
+        request.packages.size() == 1 ? request.packages.first().name : QStringLiteral("A formula");
+    return FailureSummary{
+        QStringLiteral("%1 could not be built:\n%2").arg(name, last.join(QLatin1Char('\n')).trimmed()),
+        QStringLiteral("The log of the build is %1").arg(header.match(*start).captured(1))};
+}
+
 } // namespace
+
+FailureSummary summarizeFailure(const OperationRequest &request, const OperationReport &report,
+                                const QStringList &output) {
+    const bool saysItself = request.kind == OperationKind::RollBack || request.kind == OperationKind::Restore;
+    if (saysItself || !report.hasFailed())
+        return summarizeFailure(request, output);
+    FailureSummary all;
+    const bool isOne = report.count(PackageEnd::Failed) == 1;
+    for (const PackageResult &result : report.packages) {
+        if (result.end != PackageEnd::Failed)
+            continue;
+        OperationRequest own = request;
+        if (!result.package.name.isEmpty())
+            own.packages = {result.package};
+        const FailureSummary one = summarizeFailure(own, result.lines.isEmpty() ? output : result.lines);
+        if (!all.text.isEmpty())
+            all.text += QLatin1Char('\n');
+        all.text += isOne ? one.text : QStringLiteral("%1: %2").arg(result.package.name, one.text);
+        if (all.suggestion.isEmpty())
+            all.suggestion = one.suggestion;
+        if (all.commandToCopy.isEmpty())
+            all.commandToCopy = one.commandToCopy;
+    }
+    return all;
+}
 
 FailureSummary summarizeFailure(const OperationRequest &request, const QStringList &output) {
     enum Phrase { Reverting, Refused, Password, Denied, Administrator, Licence, Eula };
@@ -79,7 +139,7 @@ FailureSummary summarizeFailure(const OperationRequest &request, const QStringLi
         found |= phrases.in(line);
     const auto has = [found](Phrase phrase) { return (found & PhraseSet::bit(phrase)) != 0; };
     if (has(Reverting))
-        return rolledBack(request);
+        return rolledBack(request, output);
     if (has(Refused) && isAppManagementBlock(output.join(QLatin1Char('\n'))))
         return {QStringLiteral(
                     "macOS blocked Larkspur from modifying this app. Grant Larkspur \"App Management\" "
@@ -90,6 +150,8 @@ FailureSummary summarizeFailure(const OperationRequest &request, const QStringLi
         return needsAdministrator(request);
     if (has(Licence) || has(Eula))
         return needsLicence();
+    if (const auto summary = notBuilt(request, output))
+        return *summary;
     const AppError error{AppError::Kind::CommandFailed, failureText(output)};
     return {error.message(), error.recoverySuggestion()};
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "operations/OperationRequest.h"
+#include "operations/OperationReport.h"
 
 #include <QStringList>
 
@@ -13,6 +13,11 @@ struct FailureSummary {
     QString commandToCopy = {}; ///< a command line to run in a terminal; may be empty
 };
 
+/// Speaks only of what failed, from its own lines. `output`: the operation's, for what no package's lines
+/// tell.
+FailureSummary summarizeFailure(const OperationRequest &request, const OperationReport &report,
+                                const QStringList &output);
+/// The same of one run.
 FailureSummary summarizeFailure(const OperationRequest &request, const QStringList &output);
 
 /// True when macOS has refused to let the program change another application.

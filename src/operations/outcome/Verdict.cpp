@@ -2,6 +2,8 @@
 
 #include "core/output/PhraseSet.h"
 
+#include <algorithm>
+
 namespace larkspur {
 
 namespace {
@@ -52,6 +54,10 @@ bool beginsRetry(PhraseSet::Found found, const QString &line) {
 }
 
 } // namespace
+
+bool hasWarnings(const QStringList &output) {
+    return std::ranges::any_of(output, [](const QString &line) { return isWarning(phrases().in(line)); });
+}
 
 OperationOutcome outcomeOf(const QStringList &output) {
     PhraseSet::Found all = 0;

@@ -8,8 +8,8 @@ namespace larkspur {
 
 namespace {
 
-QStringList forcedArguments(const QString &command, const PackageTarget &package) {
-    return {command, QStringLiteral("--cask"), QStringLiteral("--force"), package.name};
+BrewArguments forcedArguments(const BrewWord &command, const PackageName &name) {
+    return {command, "--cask", "--force", name};
 }
 
 bool namesMissingApp(const QString &line, const QStringList &appsAtTheirPlace) {
@@ -31,30 +31,31 @@ bool refusesAdoptWithForce(const QStringList &output) {
 
 std::optional<ForcedRetry> forcedRetryFor(const OperationRequest &request, const PackageTarget &package,
                                           const QStringList &output, const QStringList &appsAtTheirPlace) {
-    if (!package.isCask)
+    const auto name = PackageName::parse(package.name);
+    if (!package.isCask || !name)
         return std::nullopt;
     if (request.kind == OperationKind::Install && refusesAdoptWithForce(output))
         return ForcedRetry{
             QStringLiteral("==> This Homebrew does not adopt and force at once. Retrying with --force…"),
-            forcedArguments(QStringLiteral("install"), package)};
+            forcedArguments("install", *name)};
     const bool isUpdate = request.isUpgrade();
     if (!isUpdate && request.kind != OperationKind::Uninstall)
         return std::nullopt;
-    const QString command = isUpdate ? QStringLiteral("reinstall") : QStringLiteral("uninstall");
+    const BrewWord command = isUpdate ? BrewWord("reinstall") : BrewWord("uninstall");
     if (std::ranges::any_of(output,
                             [&](const QString &line) { return namesMissingApp(line, appsAtTheirPlace); }))
         return ForcedRetry{
             QStringLiteral("==> %1 was removed outside Homebrew, but Homebrew still lists it as "
                            "installed. Retrying with --force…")
                 .arg(package.name),
-            forcedArguments(command, package)};
+            forcedArguments(command, *name)};
     if (isUpdate && std::ranges::any_of(output, [](const QString &line) {
             return line.contains(QLatin1String("It seems there is already a"));
         }))
         return ForcedRetry{
             QStringLiteral("==> An older copy of %1 is blocking the update. Retrying with --force…")
                 .arg(package.name),
-            forcedArguments(command, package)};
+            forcedArguments(command, *name)};
     return std::nullopt;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "core/brew/BrewArguments.h"
 #include "operations/OperationRequest.h"
 
 #include <QStringList>
@@ -11,7 +12,7 @@ namespace larkspur {
 /// A second try of a failed command, with a flag that gets over what stood in the way.
 struct ForcedRetry {
     QString announcement; ///< line for the output
-    QStringList arguments;
+    BrewArguments arguments;
 };
 
 /// The retry that the output of a failed command calls for, if any. `appsAtTheirPlace` are the paths where

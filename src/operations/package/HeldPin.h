@@ -1,29 +1,35 @@
 #pragma once
 
 #include "operations/package/PackageRun.h"
+#include "operations/recovery/NoteLeftover.h"
 
 namespace larkspur {
 
-/// The pin of a package, taken off for the time of its upgrade. A note in the data folder lets a later start
-/// put it back if the program dies.
+/// The pin of a package, taken off for the time of its upgrade. A note lets a later operation put it back if
+/// the program dies.
 class HeldPin {
   public:
-    HeldPin(PackageRun::Setting setting, QString noteFile, PackageTarget package);
+    HeldPin(PackageRun::Setting setting, PackageTarget package);
 
-    /// Fails if brew could not be run or was stopped.
-    Task<Result<PackageEnd>> takeOff();
+    /// Fails if brew could not be run or was stopped, or if no note of the pin could be made: it then holds.
+    Task<Result<PackageResult>> takeOff();
     /// Whatever became of the upgrade, also if it was stopped: what was held stays held. False if Homebrew
-    /// refused.
+    /// refused: the output says so, and the next operation tries again.
     Task<bool> putBack();
-
-    static bool hasLeftover(const QString &noteFile);
-    /// Pins what a crash has left unpinned; removes the note.
-    static Task<> recover(QString noteFile, PackageRun::Setting setting);
 
   private:
     PackageRun::Setting m_setting;
-    QString m_noteFile;
     PackageTarget m_package;
+    std::optional<CrashNote> m_note;
+};
+
+/// Pins that a crash has left off.
+class HeldPinLeftover final : public NoteLeftover {
+  public:
+    explicit HeldPinLeftover(const QString &noteFolder);
+
+  protected:
+    Task<Settled> settle(CrashNote note, RecoveryWork work) override;
 };
 
 } // namespace larkspur

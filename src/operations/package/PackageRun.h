@@ -2,6 +2,7 @@
 
 #include "core/brew/BrewService.h"
 #include "operations/OperationReport.h"
+#include "operations/casks/MovedAside.h"
 #include "operations/outcome/Verdict.h"
 
 namespace larkspur {
@@ -15,8 +16,8 @@ class PackageRun {
     struct Setting {
         BrewSession *session;
         OperationContext context;
-        QString prefix;   ///< of Homebrew; empty where unknown
-        QString noteFile; ///< for applications that stand aside
+        QString prefix; ///< of Homebrew; empty where unknown
+        CaskSetting casks;
         Logger *logger;
     };
 
@@ -25,33 +26,32 @@ class PackageRun {
 
     PackageRun(Setting setting, OperationRequest request, PackageTarget package);
 
-    /// Fails if brew could not be run or was stopped.
-    Task<Result<PackageEnd>> run();
-    /// Whether the last run of the command warned of something.
-    bool hasWarnings() const { return m_hasWarnings; }
+    /// Fails if the name is none, brew could not be run or was stopped.
+    Task<Result<PackageResult>> run();
 
   private:
     Task<Result<BrewRun>> attempt(std::optional<Password> password);
     Task<Result<BrewRun>> attemptReinstallation(BrewCommand command);
     Task<Result<BrewRun>> stream(BrewCommand command);
-    Task<std::optional<Password>> askForPassword();
+    Task<std::optional<Password>> askForPassword(QString trigger);
     /// What the output of a run says; judged off the main thread, for it can be long.
     struct Judgement {
         OperationOutcome outcome = OperationOutcome::Failed;
-        bool wantsPassword = false;
+        bool hasWarnings = false;
+        std::optional<QString> passwordFailure = std::nullopt; ///< the line that shows it
     };
     static Judgement judge(const BrewRun &run);
-    std::optional<PackageEnd> endOf(const BrewRun &run, Judgement judgement, bool hadPassword);
+    std::optional<PackageEnd> endOf(const BrewRun &run, const Judgement &judgement, bool hadPassword);
     bool forceNext(const BrewRun &run);
     void say(const QString &line) const;
 
     Setting m_setting;
     OperationRequest m_request;
     PackageTarget m_package;
-    QStringList m_arguments;
+    BrewArguments m_arguments;
     int m_rejectedPasswords = 0;
     bool m_isForced = false;
-    bool m_hasWarnings = false;
+    bool m_hasWarnings = false; ///< in any of its runs
 };
 
 } // namespace larkspur

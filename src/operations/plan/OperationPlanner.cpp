@@ -18,6 +18,18 @@ QStringList namesOf(const QList<PackageTarget> &packages, bool isCask) {
     return names;
 }
 
+bool isNamed(const PackageTarget &package) {
+    return PackageName::parse(package.name).has_value();
+}
+
+BrewArguments dryRunOf(const BrewWord &kind, const QStringList &names) {
+    BrewArguments arguments{"upgrade", "--dry-run", kind};
+    for (const QString &text : names)
+        if (const auto name = PackageName::parse(text))
+            arguments.append(*name);
+    return arguments;
+}
+
 QStringList pinnedOf(const QList<PackageTarget> &packages) {
     QStringList names;
     for (const PackageTarget &package : packages)
@@ -38,7 +50,7 @@ bool OperationPlanner::plans(OperationKind kind) {
 }
 
 Task<OperationPlan> OperationPlanner::plan(OperationRequest request, StopToken stop) {
-    const auto refused = std::ranges::find_if_not(request.packages, isValidPackageName, &PackageTarget::name);
+    const auto refused = std::ranges::find_if_not(request.packages, isNamed);
     if (refused != request.packages.end())
         co_return OperationPlan{.failure = BrewError::packageNotFound(refused->name).description()};
     if (request.kind == OperationKind::Uninstall)
@@ -49,18 +61,18 @@ Task<OperationPlan> OperationPlanner::plan(OperationRequest request, StopToken s
 Task<OperationPlan> OperationPlanner::planUpgrade(OperationRequest request, StopToken stop) {
     OperationPlan plan;
     plan.pinned = pinnedOf(request.packages);
-    const QStringList start{QStringLiteral("upgrade"), QStringLiteral("--dry-run")};
     const QStringList formulae = namesOf(request.packages, false);
     const QStringList casks = namesOf(request.packages, true);
-    QList<QStringList> commands;
+    QList<BrewArguments> commands;
     if (request.kind == OperationKind::UpgradeAll)
-        commands.append(start);
+        commands.append(BrewArguments{"upgrade", "--dry-run"});
     if (request.kind == OperationKind::Upgrade && !formulae.isEmpty())
-        commands.append(start + QStringList{QStringLiteral("--formula")} + formulae);
+        commands.append(dryRunOf("--formula", formulae));
     if (request.kind == OperationKind::Upgrade && !casks.isEmpty())
-        commands.append(start + QStringList{QStringLiteral("--cask")} + casks);
-    for (const QStringList &command : commands) {
-        const auto answer = co_await m_brew.execute({.arguments = command, .stop = stop});
+        commands.append(dryRunOf("--cask", casks));
+    for (const BrewArguments &command : commands) {
+        const auto answer =
+            co_await m_brew.execute({.arguments = command, .suppressAutoUpdate = true, .stop = stop});
         if (!answer) {
             plan.failure = answer.error().description();
             continue;

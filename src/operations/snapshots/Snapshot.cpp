@@ -1,5 +1,6 @@
 #include "operations/snapshots/Snapshot.h"
 
+#include "core/brew/PackageName.h"
 #include "inventory/decoding/JsonReader.h"
 
 #include <QHash>
@@ -7,6 +8,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <array>
 
 namespace larkspur {
@@ -25,9 +27,28 @@ QJsonArray toJson(const QList<SnapshotEntry> &entries) {
     return list;
 }
 
+using Kind = RefusedEntry::Kind;
+
+[[noreturn]] void failTooLong(const json::Path &path) {
+    throw json::Failure{
+        {DecodingError::Kind::TooLong, QStringLiteral("%1 entries").arg(mostSnapshotEntries), path.text()},
+        false};
+}
+
+/// Why an entry may not reach brew; empty if it may.
+QString refusalOf(const SnapshotEntry &entry) {
+    const auto name = PackageName::parse(entry.name);
+    if (!name || name->isQualified())
+        return entry.isCask ? QStringLiteral("this is no name of a cask")
+                            : QStringLiteral("this is no name of a formula");
+    return isPlainVersion(entry.version) ? QString() : QStringLiteral("its version is none");
+}
+
 /// Fails if an element has no name or version: a list with a hole would restore the wrong packages.
-QList<SnapshotEntry> decodeEntries(json::Value value, const json::Path &path, bool isCask) {
+QList<SnapshotEntry> decodeEntries(json::Value value, const json::Path &path, bool isCask,
+                                   QList<RefusedEntry> &refused) {
     QList<SnapshotEntry> entries;
+    qsizetype count = 0;
     json::forEachElement(value, path, [&](json::Value element, const json::Path &at) {
         SnapshotEntry entry{{}, {}, isCask};
         json::forEachField(element, at,
@@ -37,11 +58,28 @@ QList<SnapshotEntry> decodeEntries(json::Value value, const json::Path &path, bo
                                else if (key == "version")
                                    entry.version = json::string(field, where);
                            });
+        if (++count > mostSnapshotEntries)
+            failTooLong(path);
         if (entry.name.isNull() || entry.version.isNull())
             json::failMissing(entry.name.isNull() ? "name" : "version", at);
-        entries.append(std::move(entry));
+        if (const QString refusal = refusalOf(entry); !refusal.isEmpty())
+            refused.append({isCask ? Kind::Cask : Kind::Formula, entry.name, refusal});
+        else
+            entries.append(std::move(entry));
     });
     return entries;
+}
+
+QStringList decodeTaps(const QStringList &names, const json::Path &path, QList<RefusedEntry> &refused) {
+    if (names.size() > mostSnapshotEntries)
+        failTooLong(path);
+    QStringList taps;
+    for (const QString &name : names)
+        if (TapName::parse(name))
+            taps.append(name);
+        else
+            refused.append({Kind::Tap, name, QStringLiteral("this is no name of a tap")});
+    return taps;
 }
 
 SnapshotTrigger decodeTrigger(const QString &name, const json::Path &path) {
@@ -64,11 +102,11 @@ Snapshot decodeSnapshot(json::Value root, const json::Path &path) {
         else if (key == "trigger")
             snapshot.trigger = decodeTrigger(json::string(field, at), at);
         else if (key == "formulae")
-            snapshot.formulae = decodeEntries(field, at, false);
+            snapshot.formulae = decodeEntries(field, at, false, snapshot.refused);
         else if (key == "casks")
-            snapshot.casks = decodeEntries(field, at, true);
+            snapshot.casks = decodeEntries(field, at, true, snapshot.refused);
         else if (key == "taps")
-            snapshot.taps = json::strings(field, at);
+            snapshot.taps = decodeTaps(json::strings(field, at), at, snapshot.refused);
         else if (key == "note")
             snapshot.note = json::optionalString(field, at);
         missing.removeAll(QUtf8StringView(key.data(), static_cast<qsizetype>(key.size())).toString());
@@ -129,9 +167,24 @@ QByteArray snapshotText(const Snapshot &snapshot) {
     return QJsonDocument(json).toJson();
 }
 
-std::optional<Snapshot> snapshotFromText(const QByteArray &text) {
+std::expected<Snapshot, QString> snapshotFromText(const QByteArray &text) {
     auto snapshot = json::document<Snapshot>(text, decodeSnapshot);
-    return snapshot ? std::optional(std::move(*snapshot)) : std::nullopt;
+    if (!snapshot)
+        return std::unexpected(snapshot.error().description());
+    return std::move(*snapshot);
+}
+
+QStringList Snapshot::refusals() const {
+    constexpr qsizetype longestName = 60;
+    QStringList lines;
+    for (const RefusedEntry &entry : refused)
+        lines.append(QStringLiteral("\"%1\" is left out: %2")
+                         .arg(entry.name.simplified().left(longestName), entry.reason));
+    return lines;
+}
+
+bool Snapshot::hasRefused(RefusedEntry::Kind kind) const {
+    return std::ranges::find(refused, kind, &RefusedEntry::kind) != refused.end();
 }
 
 SnapshotDiff compareSnapshots(const Snapshot &older, const Snapshot &newer) {

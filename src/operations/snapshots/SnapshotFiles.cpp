@@ -1,9 +1,11 @@
 #include "operations/snapshots/SnapshotFiles.h"
 
 #include "core/files/AtomicFile.h"
+#include "core/files/FolderNames.h"
+#include "core/files/WholeFile.h"
 
-#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -25,15 +27,21 @@ QString SnapshotFiles::path(const QUuid &id) const {
 
 SnapshotFiles::Contents SnapshotFiles::load() const {
     Contents contents;
-    for (const QFileInfo &info : QDir(m_folder).entryInfoList({QStringLiteral("*.json")}, QDir::Files)) {
-        QFile file(info.filePath());
-        const bool isSmall = info.size() <= largest && file.open(QIODevice::ReadOnly);
-        const auto snapshot = isSmall ? snapshotFromText(file.readAll()) : std::nullopt;
+    const auto names = namesIn(m_folder);
+    if (!names)
+        contents.failure = names.error();
+    for (const QString &name : names.value_or(QStringList())) {
+        const QFileInfo info(m_folder + QLatin1Char('/') + name);
+        if (!name.endsWith(QLatin1String(".json"), Qt::CaseInsensitive) || info.isDir())
+            continue;
+        const auto text = readWholeFile(info.filePath(), largest);
+        const auto snapshot = text ? snapshotFromText(*text) : std::unexpected(text.error().reason);
         // A file under another name could not be deleted by its id, or would hide the one it claims to be.
         if (snapshot && nameOf(snapshot->id) == info.completeBaseName().toUpper())
             contents.snapshots.append(*snapshot);
         else
-            contents.unreadable.append(info.fileName());
+            contents.unreadable.append(QStringLiteral("%1 (%2)").arg(
+                info.fileName(), snapshot ? QStringLiteral("its name is another's") : snapshot.error()));
     }
     std::ranges::sort(contents.snapshots, std::ranges::greater(),
                       [](const Snapshot &snapshot) { return std::pair(snapshot.date, snapshot.id); });
@@ -41,7 +49,13 @@ SnapshotFiles::Contents SnapshotFiles::load() const {
 }
 
 std::expected<void, QString> SnapshotFiles::write(const Snapshot &snapshot) const {
-    return writeFileAtomically(path(snapshot.id), snapshotText(snapshot));
+    const QByteArray text = snapshotText(snapshot);
+    // One that could never be read again would be none.
+    if (const auto read = snapshotFromText(text); !read)
+        return std::unexpected(read.error());
+    if (text.size() > largest)
+        return std::unexpected(QStringLiteral("it would be larger than a restore point can be"));
+    return writeFileAtomically(path(snapshot.id), text);
 }
 
 bool SnapshotFiles::remove(const QUuid &id) const {

@@ -14,8 +14,10 @@ class SnapshotFiles {
 
     struct Contents {
         QList<Snapshot> snapshots; ///< newest first
-        QStringList unreadable;    ///< names of files that are no restore points; they are left alone
+        QStringList unreadable;    ///< files that are no restore points, with the reason; they are left alone
+        QString failure = {};      ///< why the folder cannot be read, one line of text; empty if it can
     };
+    /// The list is empty after a failure.
     Contents load() const;
 
     std::expected<void, QString> write(const Snapshot &snapshot) const;

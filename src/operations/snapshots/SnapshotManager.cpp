@@ -67,7 +67,9 @@ Task<std::expected<Snapshot, QString>> SnapshotManager::current(StopToken stop) 
     if (!taps)
         co_return std::unexpected(taps.error().description());
     const auto installed = co_await runInWorker([path = *prefix] { return InstalledPackages::at(path); });
-    co_return snapshotOf(installed, *taps);
+    if (!installed)
+        co_return std::unexpected(installed.error());
+    co_return snapshotOf(*installed, *taps);
 }
 
 Task<std::expected<Snapshot, QString>> SnapshotManager::take(SnapshotTrigger trigger,
@@ -91,8 +93,10 @@ SnapshotManager::take(SnapshotTrigger trigger, const InstalledPackages *installe
 }
 
 Task<std::expected<Snapshot, QString>> SnapshotManager::keep(Snapshot snapshot) {
-    if (!m_hasLoaded)
+    if (!m_hasLoaded || !failure().isEmpty())
         co_await load(); // or the limit would count the new one alone
+    if (!failure().isEmpty())
+        co_return std::unexpected(failure());
     const auto written = co_await runInWorker([files = m_files, snapshot] { return files.write(snapshot); });
     if (!written)
         co_return std::unexpected(written.error());
@@ -103,10 +107,13 @@ Task<std::expected<Snapshot, QString>> SnapshotManager::keep(Snapshot snapshot) 
 }
 
 Task<> SnapshotManager::applyRetention() {
-    const qint64 limit = m_parts.preferences.integer(keys::snapshotRetentionLimit, defaultRetention);
+    const auto limit = m_parts.preferences.knownInteger(keys::snapshotRetentionLimit, defaultRetention);
+    if (!limit)
+        m_parts.logger.warn(QStringLiteral("[Larkspur] No old restore point is removed: it is not known how "
+                                           "many are to be kept"));
     QList<QUuid> surplus;
-    if (limit > 0)
-        for (qsizetype i = limit; i < m_contents.snapshots.size(); ++i)
+    if (limit.value_or(0) > 0)
+        for (qsizetype i = *limit; i < m_contents.snapshots.size(); ++i)
             surplus.append(m_contents.snapshots[i].id);
     if (!surplus.isEmpty() && !co_await remove(surplus))
         m_parts.logger.warn(QStringLiteral("[Larkspur] An old restore point could not be removed"));
@@ -114,8 +121,8 @@ Task<> SnapshotManager::applyRetention() {
 
 Task<bool> SnapshotManager::setNote(QUuid id, QString note) {
     const Snapshot *found = find(id);
-    if (!found)
-        co_return false;
+    if (!found || !found->refused.isEmpty())
+        co_return false; // written again without what was left out, it would pass for whole
     Snapshot noted = *found;
     noted.note = note.isEmpty() ? std::nullopt : std::optional(note);
     const auto written = co_await runInWorker([files = m_files, noted] { return files.write(noted); });
@@ -144,7 +151,8 @@ Task<bool> SnapshotManager::removeAll() {
     QList<QUuid> ids;
     for (const Snapshot &snapshot : m_contents.snapshots)
         ids.append(snapshot.id);
-    co_return co_await remove(ids);
+    const bool areGone = co_await remove(ids);
+    co_return areGone &&failure().isEmpty();
 }
 
 } // namespace larkspur

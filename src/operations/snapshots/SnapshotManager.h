@@ -32,6 +32,8 @@ class SnapshotManager : public QObject {
 
     const QList<Snapshot> &snapshots() const { return m_contents.snapshots; } ///< newest first
     const QStringList &unreadable() const { return m_contents.unreadable; }
+    /// Why nobody knows which there are: one line of text, empty if the files could be read.
+    const QString &failure() const { return m_contents.failure; }
     const Snapshot *find(const QUuid &id) const;
     /// The one whose id begins with the text; null if there is none or more than one.
     const Snapshot *find(const QString &idBeginning) const;
@@ -45,7 +47,9 @@ class SnapshotManager : public QObject {
     Task<std::expected<Snapshot, QString>> take(SnapshotTrigger trigger, const InstalledPackages *installed,
                                                 StopToken stop);
 
-    /// These are false if a file could not be written or removed; the list then says what is still so.
+    /// These are false if a file could not be written or removed, or may not be written because some of it
+    /// was refused; the list then says what is still so. While nobody knows which there are, not all is
+    /// removed.
     Task<bool> setNote(QUuid id, QString note);
     Task<bool> remove(QList<QUuid> ids);
     Task<bool> removeAll();

@@ -22,8 +22,10 @@ SnapshotRestore::SnapshotRestore(Parts parts)
 
 Task<Result<bool>> SnapshotRestore::run(RestoreOrder order, PackageRun::Setting setting,
                                         OperationReport *report) {
-    if (!m_parts.snapshots.hasLoaded())
+    if (!m_parts.snapshots.hasLoaded() || !m_parts.snapshots.failure().isEmpty())
         co_await m_parts.snapshots.load();
+    if (!m_parts.snapshots.failure().isEmpty())
+        co_return std::unexpected(BrewError::commandFailed(m_parts.snapshots.failure()));
     const Snapshot *found = m_parts.snapshots.find(order.snapshot);
     if (!found)
         co_return std::unexpected(BrewError::commandFailed(QStringLiteral("This restore point is gone.")));
@@ -32,10 +34,18 @@ Task<Result<bool>> SnapshotRestore::run(RestoreOrder order, PackageRun::Setting 
     if (!now)
         co_return std::unexpected(BrewError::commandFailed(now.error()));
     Work work{.setting = setting, .report = report};
-    const auto result = co_await runSteps(order, planRestore(wanted, *now, m_parts.kegs), &work);
+    RestorePlan plan = planRestore(wanted, *now, m_parts.kegs);
+    const QStringList left = keepWithin(order, &plan);
+    if (!left.isEmpty())
+        say(setting, QStringLiteral("==> Warning: Changed since the restore was shown, so left alone: %1")
+                         .arg(left.join(QStringLiteral(", "))));
+    for (const QString &refusal : plan.refusals)
+        say(setting, QStringLiteral("==> Warning: ") + refusal);
+    report->hasWarnings = !wanted.refused.isEmpty() || !left.isEmpty();
+    const auto result = co_await runSteps(order, plan, &work);
     QStringList failed;
     for (const PackageResult &entry : report->packages)
-        if (entry.end != PackageEnd::Done)
+        if (!entry.isDone())
             failed.append(entry.package.name);
     if (!result)
         say(setting,
@@ -73,9 +83,12 @@ Task<Result<bool>> SnapshotRestore::runSteps(RestoreOrder order, RestorePlan pla
 
 Task<Result<bool>> SnapshotRestore::addTaps(QStringList taps, Work *work) {
     for (const QString &tap : taps) {
+        const auto name = TapName::parse(tap);
+        if (!name)
+            continue; // refused when the restore point was read
         say(work->setting, QStringLiteral("==> Adding tap ") + tap);
         const auto run = co_await work->setting.session->stream(
-            {.arguments = {QStringLiteral("tap"), tap}}, work->setting.context, BrewSession::Style::Plain);
+            {.arguments = {"tap", *name}}, work->setting.context, BrewSession::Style::Plain);
         if (!run)
             co_return std::unexpected(run.error());
         work->report->packages.append(
@@ -93,11 +106,11 @@ Task<Result<bool>> SnapshotRestore::perform(OperationKind kind, QList<SnapshotEn
             say(work->setting, QStringLiteral("==> Reinstalling ") + entry.name);
         PackageRun run(work->setting, {.kind = kind}, package);
         const auto end = co_await run.run();
-        m_parts.history.note(kind, package, end == PackageEnd::Done);
+        m_parts.history.note(kind, package, end && end->isDone());
         if (!end)
             co_return std::unexpected(end.error());
-        work->report->packages.append({package, *end});
-        if (*end == PackageEnd::Done)
+        work->report->packages.append(*end);
+        if (end->isDone())
             work->done.append(entry.name);
     }
     co_return true;
@@ -125,15 +138,17 @@ Task<Result<bool>> SnapshotRestore::rollBack(QList<SnapshotVersionChange> change
     for (const SnapshotVersionChange &change : changes) {
         if (work->setting.context.stop.stop_requested())
             co_return std::unexpected(BrewError::stopped());
-        const bool isBack = co_await m_parts.rollback.run({.session = work->setting.session,
-                                                           .context = work->setting.context,
-                                                           .prefix = work->setting.prefix,
-                                                           .formula = change.entry.name,
-                                                           .version = change.entry.version});
-        succeeded += isBack ? 1 : 0;
-        work->report->packages.append(
-            {{.name = change.entry.name}, isBack ? PackageEnd::Done : PackageEnd::Failed});
-        if (isBack)
+        const auto formula = PackageName::parse(change.entry.name);
+        KegRollback::End end;
+        if (formula)
+            end = co_await m_parts.rollback.run({.session = work->setting.session,
+                                                 .context = work->setting.context,
+                                                 .prefix = work->setting.prefix,
+                                                 .formula = *formula,
+                                                 .version = change.entry.version});
+        succeeded += end.isBack ? 1 : 0;
+        work->report->packages.append({{.name = change.entry.name}, end.packageEnd()});
+        if (end.isBack)
             work->done.append(change.entry.name + QLatin1Char(' ') + change.entry.version);
     }
     const auto failed = changes.size() - succeeded;

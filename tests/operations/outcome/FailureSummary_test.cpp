@@ -40,10 +40,56 @@ class FailureSummaryTest : public QObject {
         const QStringList output{"Warning: Reverting upgrade for Cask a"};
         QCOMPARE(summarizeFailure({.kind = OperationKind::Upgrade, .packages = {{"a", true}}}, output).text,
                  "Upgrade rolled back: a was restored to the previous version.");
+        // An upgrade of all knows only from Homebrew which it was.
+        QCOMPARE(summarizeFailure({.kind = OperationKind::UpgradeAll, .packages = {{"a", true}, {"b", true}}},
+                                  output)
+                     .text,
+                 "Upgrade rolled back: a was restored to the previous version.");
         QCOMPARE(summarizeFailure({.kind = OperationKind::UpgradeAll}, {"sudo: a password is required"}).text,
                  "This operation requires administrator privileges.");
         QVERIFY(summarizeFailure({.kind = OperationKind::Install}, {"HOMEBREW_ACCEPT_EULA=Y"})
                     .commandToCopy.startsWith("echo 'export"));
+    }
+
+    void onlyWhatFailedIsNamed() {
+        const OperationRequest request{.kind = OperationKind::Upgrade,
+                                       .packages = {{"a", true}, {"b", true}, {"c", false}}};
+        OperationReport report{
+            .packages = {{{"a", true}, PackageEnd::Done},
+                         {{"b", true}, PackageEnd::Failed, {"Reverting upgrade for Cask b"}}}};
+        // What the program itself says about a retry with a password is no reason.
+        const QStringList output{
+            "==> This step needs administrator privileges. Retrying with your password…"};
+        QCOMPARE(summarizeFailure(request, report, output).text,
+                 "Upgrade rolled back: b was restored to the previous version.");
+        report.packages.append({{"c", false}, PackageEnd::Failed, {"Error: no room"}});
+        QCOMPARE(summarizeFailure(request, report, output).text,
+                 "b: Upgrade rolled back: b was restored to the previous version.\nc: Error: no room");
+        QCOMPARE(report.tally(), "1 done, 2 failed");
+    }
+
+    void aBuildThatFailsIsCalledThat() {
+        const auto summary = summarizeFailure(
+            {.kind = OperationKind::Install, .packages = {{"c", false}}},
+            {"==> make install", "Last 2 lines from /logs/c/02.make.log:", "c.c:4: undefined", "make: *** 1",
+             "READ THIS: https://docs", "==> Error: Homebrew ended with status 1 without naming a reason."});
+        QCOMPARE(summary.text, "c could not be built:\nc.c:4: undefined\nmake: *** 1");
+        QCOMPARE(summary.suggestion, "The log of the build is /logs/c/02.make.log");
+    }
+
+    void theOutcomeIsNoBetterThanTheWorst() {
+        using enum PackageEnd;
+        const auto outcomeWith = [](const QList<PackageEnd> &ends, bool warns = false) {
+            OperationReport report{.hasWarnings = warns};
+            for (const PackageEnd end : ends)
+                report.packages.append({{"x", false}, end});
+            return report.outcome();
+        };
+        QCOMPARE(outcomeWith({Done, Done}), OperationOutcome::Succeeded);
+        QCOMPARE(outcomeWith({}, true), OperationOutcome::CompletedWithWarnings);
+        QCOMPARE(outcomeWith({Done, DoneWithWarnings}), OperationOutcome::CompletedWithWarnings);
+        QCOMPARE(outcomeWith({Done, Cancelled}), OperationOutcome::Failed);
+        QCOMPARE(outcomeWith({Done, Failed, DoneWithWarnings}, true), OperationOutcome::Failed);
     }
 };
 

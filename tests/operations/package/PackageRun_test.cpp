@@ -1,4 +1,5 @@
 #include "operations/OperationCenter.h"
+#include "operations/package/AdministratorTexts.h"
 #include "tests/support/OperationWorld.h"
 
 #include <QTest>
@@ -12,12 +13,14 @@ class PackageRunTest : public QObject {
 
     struct World : OperationWorld {
         OperationCenter center{operations, sudoAuth, tasks};
+        QList<PasswordRequest> asked;
         QStringList typed; ///< answers of the person, one per prompt; none left: cancelled
 
         World() {
             QObject::connect(&sudoAuth, &SudoAuth::changed, &sudoAuth, [this] {
                 if (!sudoAuth.isPrompting() || sudoAuth.isVerifying())
                     return;
+                asked.append(sudoAuth.request());
                 if (typed.isEmpty())
                     sudoAuth.cancel();
                 else
@@ -53,6 +56,53 @@ class PackageRunTest : public QObject {
         QVERIFY(run->transcript().text().contains(
             "\n\n==> This step needs administrator privileges. Retrying with your password…\n"));
         QVERIFY(!world.askpass.hasLeftover());
+    }
+
+    void theQuestionSaysWhatLedToIt() {
+        World world;
+        world.addCask("x", "1");
+        world.shell.answerOnce("upgrade --cask x", "Error: It seems there is already an App at 'x'.\n", 1);
+        world.shell.answerOnce(
+            "reinstall --cask --force x",
+            "==> Downloading\nsudo: a terminal is required\nsudo: a password is required\n", 1);
+        world.run(OperationKind::Upgrade, {{"x", true}});
+        QCOMPARE(world.asked.size(), 1);
+        QCOMPARE(world.asked[0].reason, "Larkspur needs your administrator password to finish updating x.");
+        QCOMPARE(world.asked[0].package, "x");
+        QCOMPARE(world.asked[0].command, "brew reinstall --cask --force x");
+        QCOMPARE(world.asked[0].trigger, "sudo: a terminal is required");
+        QVERIFY(!world.asked[0].isUnusual);
+        world.shell.answer("install y", "pouring\nSUDO: A PASSWORD IS REQUIRED\n", 1);
+        world.run(OperationKind::Install, {{"y", false}});
+        QCOMPARE(world.asked.size(), 2);
+        QCOMPARE(world.asked[1].trigger, "SUDO: A PASSWORD IS REQUIRED");
+        QVERIFY(world.asked[1].isUnusual);
+    }
+
+    void formulaeNeedNoPassword_data() {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QList<bool>>("areCasks");
+        QTest::addColumn<bool>("isUnusual");
+        QTest::newRow("formula") << int(OperationKind::Reinstall) << QList<bool>{false} << true;
+        QTest::newRow("cask") << int(OperationKind::Reinstall) << QList<bool>{true} << false;
+        QTest::newRow("service, which may be root's")
+            << int(OperationKind::RestartService) << QList<bool>{false} << false;
+        QTest::newRow("all, which are formulae")
+            << int(OperationKind::UpgradeAll) << QList<bool>{false, false} << true;
+        QTest::newRow("all, with a cask")
+            << int(OperationKind::UpgradeAll) << QList<bool>{false, true} << false;
+        QTest::newRow("all, whatever that is") << int(OperationKind::UpgradeAll) << QList<bool>{} << false;
+    }
+    void formulaeNeedNoPassword() {
+        QFETCH(int, kind);
+        QFETCH(QList<bool>, areCasks);
+        QFETCH(bool, isUnusual);
+        OperationRequest request{.kind = static_cast<OperationKind>(kind)};
+        for (const bool isCask : areCasks)
+            request.packages.append({"x", isCask});
+        const PackageTarget package =
+            request.kind == OperationKind::UpgradeAll ? PackageTarget() : request.packages.first();
+        QCOMPARE(passwordRequest(request, package, {"words"}, "line").isUnusual, isUnusual);
     }
 
     void aRejectedPasswordIsAskedForAgain() {
@@ -114,6 +164,35 @@ class PackageRunTest : public QObject {
         QCOMPARE(run->transcript().lines().last(), "==> 1 of 2 packages are done. Not done: a");
     }
 
+    void afterARunWithAPasswordNobodySaysThatNothingChanged() {
+        World world;
+        world.shell.answer("upgrade --cask x", sudoFailure, 1);
+        world.typed = {"sesame"};
+        const auto *run = world.run(OperationKind::Upgrade, {{"x", true}});
+        QCOMPARE(run->transcript().lines().last(),
+                 "==> Administrator authorization was cancelled. The operation may be incomplete.");
+    }
+
+    void aWarningBeforeARetryIsNotForgotten() {
+        World world;
+        world.shell.answerOnce("uninstall --cask b", "Warning: odd\n" + QByteArray(sudoFailure), 1);
+        world.shell.answerOnce("uninstall --cask b", {}, 0);
+        world.typed = {"sesame"};
+        const auto *run = world.run(OperationKind::Uninstall, {{"b", true}});
+        QCOMPARE(run->outcome(), OperationOutcome::CompletedWithWarnings);
+    }
+
+    void whoDeclinesIsAskedOnce() {
+        World world;
+        world.shell.answer("uninstall --cask a", sudoFailure, 1);
+        world.shell.answer("uninstall --cask b", sudoFailure, 1);
+        world.shell.answer("uninstall --cask c", {}, 0);
+        const auto *run = world.run(OperationKind::Uninstall, {{"a", true}, {"b", true}, {"c", true}});
+        QCOMPARE(run->report().tally(), "1 done, 2 cancelled");
+        QVERIFY(!run->wasCancelled()); // something has come of it
+        QCOMPARE(world.asked.size(), 1);
+    }
+
     void forcedRetries_data() {
         QTest::addColumn<int>("kind");
         QTest::addColumn<QString>("output");
@@ -168,6 +247,17 @@ class PackageRunTest : public QObject {
             QVERIFY(run->transcript().lines().contains(line));
     }
 
+    void forceIsTriedOnce() {
+        World world;
+        world.addCask("x", "1");
+        const QByteArray blocked = "Error: It seems there is already an App at 'x'.\n";
+        world.shell.answerOnce("upgrade --cask x", blocked, 1);
+        world.shell.answerOnce("reinstall --cask --force x", blocked, 1);
+        world.shell.answer("reinstall --cask --force x", {});
+        QCOMPARE(world.run(OperationKind::Upgrade, {{"x", true}})->outcome(), OperationOutcome::Failed);
+        QCOMPARE(world.changes(), QStringList({"upgrade --cask x", "reinstall --cask --force x"}));
+    }
+
     void theApplicationSurvivesAFailedReinstallation() {
         World world;
         const QString app = world.addCask("x", "1");
@@ -183,7 +273,36 @@ class PackageRunTest : public QObject {
         QVERIFY(run->transcript().text().contains("==> Put " + app + " back as it was before."));
         QCOMPARE(QDir(world.path("apps")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                  QStringList{"x.app"});
-        QVERIFY(!QFile::exists(world.path("moved-aside.json")));
+        QVERIFY(world.notes().isEmpty());
+    }
+
+    void aReinstallationThatOnlyReportsSuccessHasFailed_data() {
+        QTest::addColumn<QString>("does");
+        QTest::addColumn<QString>("flaw");
+        QTest::newRow("nothing") << "nothing" << "there";
+        QTest::newRow("removes the cask") << "removes" << "there";
+        QTest::newRow("leaves a half") << "half" << "whole";
+    }
+    void aReinstallationThatOnlyReportsSuccessHasFailed() {
+        QFETCH(QString, does);
+        QFETCH(QString, flaw);
+        World world;
+        const QString app = world.addCask("x", "1");
+        Fixture::write(app + "/Contents/data", "precious");
+        world.shell.answerOnce("reinstall --cask x", "==> Reinstalling\n", 0, [&] {
+            if (does != "nothing")
+                world.remove("Caskroom/x/1");
+            if (does == "half")
+                QDir().mkpath(app + "/Contents");
+        });
+        const auto *run = world.run(OperationKind::Reinstall, {{"x", true}});
+        QCOMPARE(run->report().count(PackageEnd::Failed), 1);
+        QCOMPARE(Fixture::read(app + "/Contents/data"), "precious");
+        const QString line = "==> Error: Homebrew reported success, but " + app + " is not " + flaw +
+                             "; the application from before is back";
+        QVERIFY2(run->transcript().lines().contains(line), qPrintable(run->transcript().text()));
+        QVERIFY(run->report().packages.first().lines.contains(line));
+        QVERIFY(world.notes().isEmpty());
     }
 
     void hasAWayOutOfEveryStep() {

@@ -68,6 +68,18 @@ class OperationPlannerTest : public QObject {
             !world.plan({.kind = OperationKind::Upgrade, .packages = {{"--evil", false}}}).failure.isEmpty());
     }
 
+    void aPinnedPackageIsNoFailure() {
+        World world;
+        world.shell.answer("upgrade --dry-run --formula a", {}, 1,
+                           "Error: a is pinned. You must unpin it.\n");
+        const OperationPlan plan = world.plan(
+            {.kind = OperationKind::Upgrade,
+             .packages = {{.name = "a", .installedVersion = "1", .latestVersion = "2", .isPinned = true}}});
+        QVERIFY(plan.failure.isEmpty());
+        QCOMPARE(plan.pinned, QStringList{"a"});
+        QCOMPARE(plan.changes.size(), 1);
+    }
+
     void commandsForATerminal() {
         QCOMPARE(terminalCommand({.kind = OperationKind::Upgrade, .packages = {{"a", true}}}),
                  "brew upgrade --cask a");

@@ -55,6 +55,21 @@ class SnapshotManagerTest : public QObject {
             QCOMPARE(world.snapshots.snapshots()[i].id, ids[i]); // the newest, newest first
     }
 
+    void withoutTheChosenLimitNothingIsRemoved() {
+        OperationWorld world;
+        world.preferences.set(keys::snapshotRetentionLimit, 2);
+        const QString path = world.path("preferences.json");
+        Fixture::write(path, Fixture::read(path).toUtf8().chopped(3));
+        Preferences next(std::make_unique<FilePreferenceStore>(world.folder.path()));
+        SnapshotManager snapshots({world.queries, next, world.logger, world.path("snapshots")});
+        for (int i = 0; i < 32; ++i)
+            await(snapshots.take(SnapshotTrigger::Scheduled));
+        QCOMPARE(files(world).size(), 32);
+        next.set(keys::snapshotRetentionLimit, 31); // chosen anew
+        await(snapshots.take(SnapshotTrigger::Scheduled));
+        QCOMPARE(files(world).size(), 31);
+    }
+
     void foreignFilesDisturbNobody() {
         OperationWorld world;
         const auto taken = await(world.snapshots.take(SnapshotTrigger::Manual));
@@ -82,6 +97,46 @@ class SnapshotManagerTest : public QObject {
         QVERIFY(await(world.snapshots.remove({id})));
         QVERIFY(files(world).isEmpty() && !world.snapshots.find(id));
         QVERIFY(!await(world.snapshots.setNote(id, "too late")) && files(world).isEmpty());
+    }
+
+    void whatCouldNotBeReadAgainIsNotSaved() {
+        OperationWorld world;
+        QByteArray taps;
+        for (int i = 0; i <= mostSnapshotEntries; ++i)
+            taps += "acme/t" + QByteArray::number(i) + '\n';
+        world.shell.answer("tap", taps);
+        QVERIFY(!await(world.snapshots.take(SnapshotTrigger::Manual)));
+        QVERIFY(world.snapshots.snapshots().isEmpty() && files(world).isEmpty());
+    }
+
+    void aNoteDoesNotMakeADamagedOneWhole() {
+        OperationWorld world;
+        world.addFormula("a", "1");
+        const QUuid id = await(world.snapshots.take(SnapshotTrigger::Manual))->id;
+        const QString path = world.path("snapshots") + '/' + files(world).value(0);
+        const QByteArray damaged = Fixture::read(path).replace("\"a\"", "\"--a\"").toUtf8();
+        Fixture::write(path, damaged);
+        await(world.snapshots.load());
+        QVERIFY(!await(world.snapshots.setNote(id, "mine")));
+        QCOMPARE(Fixture::read(path).toUtf8(), damaged);
+    }
+
+    void aFolderThatLeadsNowhereIsNotEmpty() {
+        OperationWorld world;
+        const auto taken = await(world.snapshots.take(SnapshotTrigger::Manual));
+        QVERIFY(QDir().rename(world.path("snapshots"), world.path("away")));
+        QVERIFY(QFile::link("/nowhere/snapshots", world.path("snapshots")));
+        await(world.snapshots.load());
+        QVERIFY(world.snapshots.failure().startsWith(world.path("snapshots") + " cannot be read: "));
+        QVERIFY(!await(world.snapshots.removeAll()));
+        QCOMPARE(await(world.snapshots.take(SnapshotTrigger::Manual)).error(), world.snapshots.failure());
+        const auto report =
+            world.perform({.kind = OperationKind::Restore, .restore = RestoreOrder{.snapshot = taken->id}});
+        QVERIFY(!report && report.error().text.contains("cannot be read"));
+        QVERIFY(QFile::remove(world.path("snapshots")));
+        QVERIFY(QDir().rename(world.path("away"), world.path("snapshots")));
+        QVERIFY(await(world.snapshots.take(SnapshotTrigger::Manual)));
+        QCOMPARE(world.snapshots.snapshots().size(), 2); // it is looked at again by itself
     }
 
     void aFolderThatCannotBeWrittenIsSaid() {

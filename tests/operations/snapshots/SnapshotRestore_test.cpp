@@ -35,6 +35,12 @@ class SnapshotRestoreTest : public QObject {
                                     .restore = RestoreOrder{.snapshot = point, .removesAdded = removesAdded}},
                                    {.output = sink, .stop = std::move(stop), .sudoAuth = &sudoAuth}));
         }
+        /// Somebody has damaged an entry of the restore point.
+        void damage(const QString &from, const QString &to) {
+            const QString file = path("snapshots") + '/' + QDir(path("snapshots")).entryList(QDir::Files)[0];
+            Fixture::write(file, Fixture::read(file).replace(from, to).toUtf8());
+            await(snapshots.load());
+        }
         QStringList steps() const {
             return changes().filter(QRegularExpression("^(tap|install|uninstall) "));
         }
@@ -54,6 +60,26 @@ class SnapshotRestoreTest : public QObject {
         QVERIFY(lines.contains("==> Adding tap acme/tools") && lines.contains("==> Reinstalling c"));
         QVERIFY(lines.contains("==> Removing 1 formula(e) added since the snapshot..."));
         QVERIFY(lines.contains("==> Removing 1 cask(s) added since the snapshot..."));
+    }
+
+    void whatNobodyWasShownIsLeftAlone() {
+        World world;
+        const auto now = await(world.snapshots.current());
+        RestoreOrder order{.snapshot = world.point, .removesAdded = true, .rollsBackVersions = true};
+        order.agreed = agreementTo(planRestore(*world.snapshots.find(world.point), *now, world.kegs));
+        world.addFormula("n", "1"); // installed between the look and the lock
+        world.addCask("b", "1");    // of the name that was agreed to, and another thing
+        world.remove("Cellar/a");
+        world.remove("Caskroom/d"); // agreed to, and gone without us
+        const auto report = world.perform({.kind = OperationKind::Restore, .restore = order});
+        QVERIFY(report && report->hasWarnings);
+        QCOMPARE(world.steps(), QStringList({"tap acme/tools", "install --cask c", "uninstall b"}));
+        QVERIFY(world.sink->lines().contains(
+            "==> Warning: Changed since the restore was shown, so left alone: a, n, b (cask)"));
+        order.removesAdded = false; // then it is no change that n and the cask b stay
+        world.addFormula("a", "1");
+        world.perform({.kind = OperationKind::Restore, .restore = order});
+        QCOMPARE(world.sink->lines().filter("left alone: ").size(), 1);
     }
 
     void whatFailsIsNamedAndTheRestIsDone() {
@@ -98,6 +124,33 @@ class SnapshotRestoreTest : public QObject {
         QCOMPARE(world.steps().last(), during); // nothing is begun after it
         QCOMPARE(world.sink->lines().last(),
                  "==> Restore interrupted. Done: " + done + ". Start it again to do the rest.");
+    }
+
+    void aDamagedListRemovesNothingOfItsKind_data() {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        QTest::addColumn<QStringList>("steps");
+        QTest::addColumn<QString>("said");
+        QTest::newRow("formulae") << "\"name\": \"a\"" << "\"name\": \"b/\""
+                                  << QStringList{"tap acme/tools", "install --cask c", "uninstall --cask d"}
+                                  << "no formula is removed";
+        QTest::newRow("casks") << "\"name\": \"c\"" << "\"name\": \"--c\""
+                               << QStringList{"tap acme/tools", "uninstall b"} << "no cask is removed";
+        QTest::newRow("taps") << "acme/tools" << "--force"
+                              << QStringList{"install --cask c", "uninstall b", "uninstall --cask d"}
+                              << "this is no name of a tap";
+    }
+    void aDamagedListRemovesNothingOfItsKind() {
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QFETCH(QStringList, steps);
+        QFETCH(QString, said);
+        World world;
+        world.damage(from, to);
+        const auto report = world.restore(true);
+        QVERIFY(report && report->hasWarnings);
+        QCOMPARE(world.steps(), steps);
+        QVERIFY(world.sink->lines().filter("==> Warning: ").join('\n').contains(said));
     }
 
     void aPointThatIsGoneChangesNothing() {

@@ -46,6 +46,39 @@ class SnapshotTest : public QObject {
         QVERIFY(!snapshotFromText("[]"));
     }
 
+    void aListThatIsTooLongIsRefusedAndNeverCut_data() {
+        QTest::addColumn<QString>("list");
+        QTest::addColumn<int>("count");
+        QTest::addColumn<bool>("reads");
+        for (const char *list : {"formulae", "casks", "taps"}) {
+            QTest::addRow("%s within the limit", list) << list << 20'000 << true;
+            QTest::addRow("%s beyond it", list) << list << 20'001 << false;
+            QTest::addRow("%s far beyond it", list) << list << 100'000 << false;
+        }
+    }
+    void aListThatIsTooLongIsRefusedAndNeverCut() {
+        QFETCH(QString, list);
+        QFETCH(int, count);
+        QFETCH(bool, reads);
+        Snapshot snapshot = sample();
+        QList<SnapshotEntry> entries;
+        QStringList taps;
+        for (int i = 0; i < count; ++i) {
+            entries.append({QString("p%1").arg(i), "1", list == "casks"});
+            taps.append(QString("acme/t%1").arg(i));
+        }
+        if (list == "taps")
+            snapshot.taps = taps;
+        else
+            (list == "casks" ? snapshot.casks : snapshot.formulae) = entries;
+        const auto read = snapshotFromText(snapshotText(snapshot));
+        QCOMPARE(read.has_value(), reads);
+        if (reads)
+            QCOMPARE(*read, snapshot);
+        else
+            QCOMPARE(read.error(), "More than 20000 entries at '" + list + "'");
+    }
+
     void comparing() {
         const Snapshot older = sample();
         Snapshot newer = older;
