@@ -6,9 +6,13 @@
 #include "ui/Sidebar.h"
 #include "ui/authorization/PasswordSheet.h"
 #include "ui/operation/OperationPanel.h"
+#include "ui/settings/NotSavedAlert.h"
 #include "ui/settings/SettingsDialog.h"
+#include "ui/startup/RecoveryNotice.h"
+#include "ui/startup/RefreshBanner.h"
 #include "ui/startup/StartupScreen.h"
 #include "ui/theme/Icons.h"
+#include "ui/widgets/PlainText.h"
 
 #include <QApplication>
 #include <QCloseEvent>
@@ -42,6 +46,14 @@ Task<> check(StartupCheck *startup, StopToken stop, QPointer<QObject> window,
         done(outcome);
 }
 
+Task<> recover(Larkspur *larkspur, QPointer<QWidget> window) {
+    const auto notice = std::make_shared<RecoveryNotice>();
+    const StopToken stop = larkspur->stopToken();
+    co_await larkspur->recoverFromCrash(stop, notice, Recovery::Patience::Waits);
+    if (window && !stop.stop_requested())
+        notice->show(window);
+}
+
 } // namespace
 
 MainWindow::MainWindow(Larkspur &larkspur)
@@ -54,11 +66,20 @@ MainWindow::MainWindow(Larkspur &larkspur)
     , m_screenStack(new QStackedWidget)
     , m_operationPanel(new OperationPanel(FollowUpBar::Services{larkspur.operations(), larkspur.inventory(),
                                                                 larkspur.kegs(), larkspur.userData()})) {
+    keepTextPlain();
     new PasswordSheet(larkspur.sudoAuth(), this); // opens by itself
     setWindowTitle(QStringLiteral("Larkspur") + larkspur.locations().titleSuffix);
     setWindowIcon(QIcon(QStringLiteral(":/larkspur.svg")));
     m_splitter->addWidget(makeSidebarColumn());
-    m_splitter->addWidget(m_screenStack);
+    auto *banner = new RefreshBanner(larkspur.inventory());
+    connect(banner, &RefreshBanner::retryRequested, this, &MainWindow::refresh);
+    auto *screens = new QWidget;
+    auto *column = new QVBoxLayout(screens);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(banner);
+    column->addWidget(m_screenStack, 1);
+    m_splitter->addWidget(screens);
     m_splitter->setChildrenCollapsible(false);
     m_splitter->setHandleWidth(1);
     m_splitter->setStretchFactor(1, 1);
@@ -84,6 +105,8 @@ MainWindow::MainWindow(Larkspur &larkspur)
     connect(&larkspur.inventory(), &InventoryState::changed, this, &MainWindow::onInventoryChanged);
     connect(&larkspur.userData(), &UserDataManager::snoozedPackagesChanged, this,
             &MainWindow::onInventoryChanged);
+    connect(&larkspur.preferences(), &Preferences::choiceNotSaved, this,
+            [this](const QString &reason) { tellNotSaved(reason, this); });
     connect(&larkspur.operations(), &OperationCenter::finished, this, [this] {
         if (m_closesWhenIdle && m_larkspur.operations().unfinished().isEmpty())
             close();
@@ -148,9 +171,14 @@ void MainWindow::makeMenus() {
 void MainWindow::start() {
     m_larkspur.refresh().showCache();
     m_larkspur.keepInventoryFresh();
-    m_larkspur.recoverFromCrash();
+    m_larkspur.tasks().spawn(QStringLiteral("The recovery after a crash"), recover(&m_larkspur, this));
     // The cached lists are there at once; the check runs behind them, and in front only where there are none.
     showScreen(screenRegistry().first().id);
+    QStringList damage{m_larkspur.preferences().damage(), m_larkspur.userData().snoozedDamage(),
+                       m_larkspur.userData().historyDamage()};
+    damage.removeAll(QString());
+    if (!damage.isEmpty())
+        tellDamaged(damage, this);
     m_pages->setCurrentIndex(m_larkspur.inventory().value().hasLoaded ? 1 : 0);
     // A window that is not painted, because it opens minimised, say, is not waited for.
     m_firstCheck.start(longestWaitForPaint);
@@ -264,6 +292,10 @@ void MainWindow::askBeforeClosing() {
                                      QMessageBox::NoButton, this);
     question->setAttribute(Qt::WA_DeleteOnClose);
     question->setInformativeText(tr("Stopping it now may leave the package incomplete."));
+    connect(&m_larkspur.operations(), &OperationCenter::finished, question, [this, question] {
+        if (m_larkspur.operations().unfinished().isEmpty())
+            question->close(); // there is nothing left to decide
+    });
     const QPushButton *wait = question->addButton(tr("Quit When Finished"), QMessageBox::AcceptRole);
     const QPushButton *stop = question->addButton(tr("Stop and Quit"), QMessageBox::DestructiveRole);
     question->addButton(tr("Cancel"), QMessageBox::RejectRole);
@@ -295,8 +327,8 @@ void MainWindow::restoreLayout() {
 }
 
 void MainWindow::saveLayout() {
-    m_larkspur.preferences().set(keys::windowGeometry, saveGeometry());
-    m_larkspur.preferences().set(keys::windowLayout, m_splitter->saveState());
+    m_larkspur.preferences().remember(keys::windowGeometry, saveGeometry());
+    m_larkspur.preferences().remember(keys::windowLayout, m_splitter->saveState());
 }
 
 } // namespace larkspur::ui

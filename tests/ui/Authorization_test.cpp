@@ -1,5 +1,7 @@
 #include "tests/support/OperationWorld.h"
+#include "tests/support/ProbePassword.h"
 #include "ui/authorization/EnrolmentSheet.h"
+#include "ui/authorization/PasswordSheet.h"
 #include "ui/authorization/TouchIDSetting.h"
 
 #include <QCheckBox>
@@ -36,6 +38,11 @@ class AuthorizationTest : public QObject {
         }
     };
 
+    static Task<> request(SudoAuth *auth, std::optional<std::optional<Password>> *answer,
+                          PasswordRequest what = {.reason = "because"}) {
+        *answer = co_await auth->requestPassword(std::move(what));
+    }
+
   private Q_SLOTS:
     void turningItOnAndOff() {
         World world;
@@ -49,10 +56,85 @@ class AuthorizationTest : public QObject {
         QVERIFY(!world.stored.isEnabled() && !world.box()->isChecked());
         world.store.keeps = true;
         world.enter("sesame");
-        QTRY_VERIFY(!world.sheet());
+        EVENTUALLY(!world.sheet());
         QVERIFY(world.stored.isEnabled() && world.box()->isChecked());
         QTest::mouseClick(world.box(), Qt::LeftButton, {}, QPoint(8, world.box()->height() / 2));
         QVERIFY(!world.stored.isEnabled() && !world.store.copy);
+    }
+
+    void theSheetSaysWhoAsks() {
+        OperationWorld world;
+        ui::PasswordSheet sheet(world.sudoAuth);
+        const auto shown = [&] {
+            QStringList texts;
+            for (const QLabel *label : sheet.findChildren<QLabel *>())
+                if (label->isVisible())
+                    texts.append(label->text());
+            return texts;
+        };
+        std::optional<std::optional<Password>> answer;
+        world.tasks.spawn("request", request(&world.sudoAuth, &answer));
+        QVERIFY(sheet.isVisible() && shown().contains("because"));
+        QVERIFY(!shown().contains("Package") && shown().filter("never needs").isEmpty());
+        const int narrow = sheet.sizeHint().width();
+        world.sudoAuth.cancel();
+        world.tasks.spawn("request",
+                          request(&world.sudoAuth, &answer,
+                                  {.reason = "because",
+                                   .package = "x",
+                                   .command = "brew install x",
+                                   .trigger = "<b>sudo</b>: a password is required\n" + QString(10'000, 'y'),
+                                   .isUnusual = true}));
+        for (const char *text : {"Package", "x", "Command", "brew install x", "Output"})
+            QVERIFY2(shown().contains(text), text);
+        QVERIFY(shown().filter("<b>sudo</b>: a password is required yyy").value(0).size() <= 300);
+        const auto warning = shown().filter("Homebrew never needs administrator rights to build a formula.");
+        QCOMPARE(warning.size(), 1);
+        QCOMPARE(sheet.sizeHint().width(), narrow);
+        world.sudoAuth.cancel();
+        QVERIFY(spinUntil([&] { return world.tasks.isDrained(); }));
+    }
+
+    void whatIsTypedStaysNowhere_data() {
+        QTest::addColumn<bool>("isPasted");
+        QTest::addColumn<bool>("isGiven");
+        QTest::newRow("typed") << false << true;
+        QTest::newRow("pasted") << true << true;
+        QTest::newRow("typed and cancelled") << false << false;
+        QTest::newRow("pasted and cancelled") << true << false;
+    }
+    void whatIsTypedStaysNowhere() {
+        QFETCH(bool, isPasted);
+        QFETCH(bool, isGiven);
+        if (!ProbePassword::canLook())
+            QSKIP("this system does not show a process its memory");
+        const ProbePassword probe;
+        OperationWorld world;
+        world.verifier.held.emplace();
+        ui::PasswordSheet sheet(world.sudoAuth);
+        std::optional<std::optional<Password>> answer;
+        world.tasks.spawn("request", request(&world.sudoAuth, &answer));
+        QVERIFY(sheet.isVisible());
+        auto *field = sheet.findChild<QLineEdit *>();
+        QString pasted;
+        pasted.reserve(100);
+        probe.spell([&](QChar letter) {
+            if (isPasted)
+                pasted += letter;
+            else
+                QTest::keyClick(field, letter.toLatin1());
+        });
+        field->insert(pasted);
+        wipe(pasted);
+        QVERIFY(!probe.copiesInMemory().isEmpty()); // what is there is found
+        QTest::keyClick(field, isGiven ? Qt::Key_Return : Qt::Key_Escape);
+        world.verifier.held->complete(Verification::CannotTell);
+        QVERIFY(spinUntil([&] { return answer.has_value(); }));
+        QVERIFY(answer->has_value() == isGiven && !sheet.isVisible());
+        answer.reset();
+        QVERIFY(spinUntil([&] { return world.tasks.isDrained(); }));
+        constexpr int hardlyByChance = 6;
+        QCOMPARE(probe.copiesInMemory(hardlyByChance), QString());
     }
 
     void whereThereIsNoFingerprint() {

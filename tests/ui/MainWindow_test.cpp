@@ -100,12 +100,24 @@ class MainWindowTest : public QObject {
     };
 
   private Q_SLOTS:
+    void damagedPreferencesAreTold() {
+        World world;
+        QFile file(world.folder.filePath("data/preferences.json"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("{") == 1);
+        file.close();
+        world.close();
+        world.open();
+        QVERIFY(world.startAndLoad());
+        const auto *alert = world.visible<QMessageBox>();
+        QVERIFY(alert && alert->informativeText().contains("preferences.json"));
+    }
+
     void everyScreenShowsTheInventory() {
         World world;
         QVERIFY(world.startAndLoad());
         for (const ui::ScreenEntry &entry : ui::screenRegistry()) {
             world.window->showScreen(entry.id);
-            QTRY_VERIFY(world.visible<ui::Screen>());
+            EVENTUALLY(world.visible<ui::Screen>());
             QVERIFY(world.shows(entry.title));
             if (auto *table = world.visible<ui::PackageTable>(); table && entry.count)
                 QCOMPARE(table->model().rowCount(),
@@ -113,6 +125,31 @@ class MainWindowTest : public QObject {
         }
         world.window->showScreen("taps");
         QVERIFY(world.shows("Packages hidden by Homebrew"));
+    }
+
+    void aFailedRefreshIsSeen() {
+        World world;
+        QVERIFY(world.startAndLoad());
+        QVERIFY(!world.button("Retry"));
+        world.replaceBrew(
+            "case \"$1\" in info|outdated) echo 'Error: the disk is on fire' >&2; exit 1;; esac");
+        await(world.larkspur->refresh().refresh());
+        QVERIFY(world.shows("the disk is on fire") && world.shows("(3 times)"));
+        QVERIFY(!world.larkspur->inventory().value().installedFormulae.isEmpty());
+        world.replaceBrew("");
+        world.button("Retry")->click();
+        QVERIFY(spinUntil([&] { return !world.button("Retry"); }));
+    }
+
+    void anEmptyListAfterAFailureSaysWhy() {
+        World world;
+        world.replaceBrew(
+            "case \"$1\" in info|outdated) echo 'Error: the disk is on fire' >&2; exit 1;; esac");
+        world.window->start();
+        QVERIFY(spinUntil([&] { return world.button("Retry") != nullptr; }));
+        world.window->showScreen("casks");
+        QVERIFY(spinUntil([&] { return world.shows("The List Could Not Be Read"); }));
+        QVERIFY(!world.shows("Nothing Installed Yet"));
     }
 
     void everyControlHasAName() {
@@ -139,7 +176,7 @@ class MainWindowTest : public QObject {
         world.window->showScreen("formulae");
         auto *table = world.visible<ui::PackageTable>();
         table->select({"heron", false});
-        QTRY_VERIFY(world.shows("Patient HTTP client that retries politely"));
+        EVENTUALLY(world.shows("Patient HTTP client that retries politely"));
         QVERIFY(world.shows("cobweb")); // a dependent
         // A refresh that changes nothing leaves selection and details as they are.
         auto *details = world.visible<ui::PackageDetails>();
@@ -149,7 +186,7 @@ class MainWindowTest : public QObject {
         QCOMPARE(details->widget(), pane);
         QCOMPARE(table->selectedRows().size(), 1);
         world.visible<ui::Screen>()->filterField()->setText("no such package");
-        QTRY_VERIFY(world.shows("Nothing Found"));
+        EVENTUALLY(world.shows("Nothing Found"));
         world.visible<ui::Screen>()->filterField()->clear();
         QVERIFY(table->model().rowCount() > 30);
     }
@@ -185,11 +222,11 @@ class MainWindowTest : public QObject {
         const OperationRun *run = world.larkspur->operations().shown();
         QVERIFY(spinUntil([&] { return !run->isRunning() && world.larkspur->tasks().isDrained(); }));
         QVERIFY(run->outcome() == OperationOutcome::Succeeded);
-        QTRY_COMPARE(table->model().indexOf({"heron", false}), -1);
+        EVENTUALLY_EQUAL(table->model().indexOf({"heron", false}), -1);
         QVERIFY(table->model().rowCount() > 5);
         QVERIFY(world.shows("Done"));
         world.window->findChild<ui::OperationPanel *>()->setOutputVisible(true);
-        QTRY_VERIFY(
+        EVENTUALLY(
             world.window->findChild<ui::OutputView *>()->toPlainText().contains("==> Upgrading heron"));
     }
 
@@ -264,10 +301,10 @@ class MainWindowTest : public QObject {
         for (const auto *tree : world.visible<ui::TimeMachineScreen>()->findChildren<QTreeWidget *>())
             if (tree->accessibleName() == "Restore points")
                 timeline = tree;
-        QTRY_COMPARE(timeline->topLevelItemCount(), 1);
+        EVENTUALLY_EQUAL(timeline->topLevelItemCount(), 1);
         timeline->topLevelItem(0)->setText(4, "before the removal"); // as an edit does
-        QTRY_COMPARE(world.larkspur->snapshots().snapshots().first().note.value_or(QString()),
-                     "before the removal");
+        EVENTUALLY_EQUAL(world.larkspur->snapshots().snapshots().first().note.value_or(QString()),
+                         "before the removal");
 
         const OperationRun *removal = world.larkspur->operations().start(
             {.kind = OperationKind::Uninstall, .packages = {{"tidepool", true}}});
@@ -294,7 +331,7 @@ class MainWindowTest : public QObject {
         QFile::copy(":/larkspur.svg", world.larkspur->locations().snapshots() + "/notes.json");
         await(world.larkspur->snapshots().load());
         world.window->showScreen("timemachine");
-        QTRY_VERIFY(world.shows("2 restore points · 1 files cannot be read: notes.json"));
+        EVENTUALLY(world.shows("2 restore points · 1 files cannot be read: notes.json"));
         QTest::mouseClick(world.button("Compare…"), Qt::LeftButton);
         QVERIFY(world.visible<ui::CompareSheet>());
         world.visible<ui::CompareSheet>()->close();
@@ -310,10 +347,10 @@ class MainWindowTest : public QObject {
         QVERIFY2(QFile::remove(file), qPrintable(file));
         QVERIFY(QDir().mkpath(file + "/in the way"));
         confirm("Delete…", "Delete this restore point?");
-        QTRY_VERIFY(world.shows("The restore point could not be deleted."));
+        EVENTUALLY(world.shows("The restore point could not be deleted."));
         QVERIFY(QDir(file).removeRecursively());
         confirm("Delete All…", "Delete all 2 restore points?");
-        QTRY_VERIFY(world.larkspur->snapshots().snapshots().size() <= 1);
+        EVENTUALLY(world.larkspur->snapshots().snapshots().size() <= 1);
         QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
     }
 
@@ -325,12 +362,12 @@ class MainWindowTest : public QObject {
         QVERIFY(world.shows("Fetching Homebrew's newest catalogue…"));
         QVERIFY(!world.button("Check Now")->isEnabled());
         QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
-        QTRY_VERIFY(world.shows("packages can be upgraded"));
+        EVENTUALLY(world.shows("packages can be upgraded"));
         QCOMPARE(world.larkspur->userData().history().first().action, HistoryAction::Update);
         world.replaceBrew("if [ \"$1\" = update ]; then echo 'Error: no route to host' >&2; exit 1; fi");
         QTest::mouseClick(world.button("Check Now"), Qt::LeftButton);
         QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
-        QTRY_VERIFY(world.shows("The check failed"));
+        EVENTUALLY(world.shows("The check failed"));
         QVERIFY(world.button("Check Now")->isEnabled());
         QVERIFY(!world.larkspur->userData().history().first().success);
     }
@@ -345,8 +382,8 @@ class MainWindowTest : public QObject {
         };
         world.window->showScreen("casks");
         trigger("&Find");
-        QTRY_VERIFY(world.visible<ui::Screen>()->filterField() == QApplication::focusWidget() ||
-                    !world.window->isActiveWindow());
+        EVENTUALLY(world.visible<ui::Screen>()->filterField() == QApplication::focusWidget() ||
+                   !world.window->isActiveWindow());
         const auto isListed = [&](const QString &title) {
             const auto *sidebar = world.window->findChild<ui::Sidebar *>();
             const auto items = sidebar->findItems(title, Qt::MatchExactly | Qt::MatchRecursive);
@@ -356,6 +393,15 @@ class MainWindowTest : public QObject {
         trigger("Simple Mode");
         QVERIFY(!isListed("Taps") && isListed("Casks"));
         QVERIFY(world.larkspur->preferences().boolean(keys::simpleMode));
+        // A choice that cannot be saved counts, and is told.
+        QVERIFY(QFile::rename(world.folder.filePath("data/preferences.json"), world.folder.filePath("old")));
+        QVERIFY(QDir(world.folder.path()).mkdir("data/preferences.json"));
+        trigger("Simple Mode");
+        trigger("Simple Mode");
+        QVERIFY(!isListed("Taps"));
+        const auto alerts = world.window->findChildren<QMessageBox *>("notSaved");
+        QCOMPARE(alerts.size(), 1);
+        QVERIFY(alerts.first()->isVisible() && alerts.first()->informativeText().contains("preferences"));
         trigger("&Settings…");
         QVERIFY(world.visible<ui::SettingsDialog>());
         world.visible<ui::SettingsDialog>()->close();
@@ -403,7 +449,7 @@ class MainWindowTest : public QObject {
         QVERIFY(isOffered());
         QTest::mouseClick(world.button("Skip 8.11.1"), Qt::LeftButton);
         QVERIFY(!world.button("Skip 8.11.1"));
-        QTRY_VERIFY(!isOffered());
+        EVENTUALLY(!isOffered());
         QVERIFY(world.shows("1 snoozed"));
         QTest::mouseClick(world.button("Upgrade All"), Qt::LeftButton);
         QCOMPARE(world.visible<ui::PlanSheet>()->request().kind, OperationKind::Upgrade);
@@ -412,7 +458,7 @@ class MainWindowTest : public QObject {
         world.visible<ui::PlanSheet>()->reject();
         QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
         world.larkspur->userData().unsnoozePackage("heron");
-        QTRY_VERIFY(isOffered());
+        EVENTUALLY(isOffered());
     }
 
     void aFailureOpensTheOutput() {
@@ -420,8 +466,8 @@ class MainWindowTest : public QObject {
         QVERIFY(world.startAndLoad());
         world.larkspur->operations().start(
             {.kind = OperationKind::Upgrade, .packages = {{"hearthbuild", false}}});
-        QVERIFY(spinUntil([&] { return world.shows("without naming a reason"); }));
-        QTRY_VERIFY(
+        QVERIFY(spinUntil([&] { return world.shows("undefined reference to `kindling'"); }));
+        EVENTUALLY(
             world.window->findChild<ui::OutputView *>()->toPlainText().contains("without naming a reason"));
         QVERIFY(world.window->findChild<ui::OutputView *>()->isVisible());
     }
@@ -480,7 +526,7 @@ class MainWindowTest : public QObject {
         world.window->close();
         QCOMPARE(closed.count(), 0);
         QVERIFY(world.window->isVisible());
-        QTRY_VERIFY(world.button(answer));
+        EVENTUALLY(world.button(answer));
         QTest::mouseClick(world.button(answer), Qt::LeftButton);
         QVERIFY(spinUntil([&] { return closed.count() == 1; }));
         QVERIFY(!run->isRunning());

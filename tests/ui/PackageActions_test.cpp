@@ -163,6 +163,12 @@ class PackageActionsTest : public QObject {
         QCOMPARE(request.kind, OperationKind::Upgrade); // by name: brew upgrade would take everything
         QCOMPARE(request.packages.size(), 1);
         QCOMPARE(request.packages.first().name, "a");
+        const QString list = world.path("data/snoozed_packages.json");
+        Fixture::write(list, Fixture::read(list).replace("\"b\"", "7").toUtf8());
+        world.userData.reload(); // what was snoozed is not known any more
+        world.actions.upgradeAll(inventory, &world.window);
+        QVERIFY(!world.open<ui::PlanSheet>());
+        QVERIFY(world.open<QMessageBox>()->informativeText().contains(list));
     }
 
     void rollingBackAsksFirst_data() {

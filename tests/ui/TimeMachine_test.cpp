@@ -53,11 +53,13 @@ class TimeMachineTest : public QObject {
                                .missing = {{"gone", "1", true}},
                                .added = {{"new", "2", false}},
                                .rollable = {{{"heron", "8.10.0", false}, "8.11.1"}},
-                               .notRollable = {{{"app", "1", true}, "2"}}};
+                               .notRollable = {{{"app", "1", true}, "2"}},
+                               .refusals = {"\"--force\" is left out: this is no name of a formula"}};
         ui::RestoreSheet sheet(point, plan);
         QCOMPARE(groups(sheet), QStringList({"Taps to add (1)", "In the snapshot but missing now (1)",
                                              "Installed at a different version (1)",
                                              "At a different version, without a saved copy (1)",
+                                             "Left out of this restore point (1)",
                                              "Installed since the snapshot — left untouched (1)"}));
         for (auto *box : sheet.findChildren<QCheckBox *>())
             box->setChecked(true);
@@ -67,11 +69,14 @@ class TimeMachineTest : public QObject {
         QCOMPARE(sheet.order().snapshot, point.id);
         const ui::RestoreSheet nothing(point, {});
         QCOMPARE(groups(nothing), QStringList{"Nothing to restore (1)"});
+        const ui::RestoreSheet damaged(point, {.kept = {{"new", "2", false}}, .refusals = {"x is left out"}});
+        QCOMPARE(groups(damaged), QStringList({"Nothing to restore (1)", "Left out of this restore point (1)",
+                                               "Perhaps installed since the snapshot — left untouched (1)"}));
     }
 
     void theSpaceOfSavedVersions() {
         OperationWorld world;
-        KegStore store(world.path("kegs"));
+        KegStore store(world.path("kegs"), world.sync);
         for (const char *version : {"1", "2"}) {
             const QString partial = store.partialPath();
             QDir().mkpath(partial);
@@ -95,10 +100,21 @@ class TimeMachineTest : public QObject {
         QVERIFY(says("2 saved versions take 6"));
         auto *list = settings.findChild<QTreeWidget *>();
         QCOMPARE(list->topLevelItem(0)->childCount(), 2);
-        list->topLevelItem(0)->child(0)->setSelected(true);
-        for (auto *button : settings.findChildren<QPushButton *>())
-            if (button->text() == "Remove")
-                QTest::mouseClick(button, Qt::LeftButton);
+        const auto removeFirst = [&] {
+            list->topLevelItem(0)->child(0)->setSelected(true);
+            for (auto *button : settings.findChildren<QPushButton *>())
+                if (button->text() == "Remove")
+                    QTest::mouseClick(button, Qt::LeftButton);
+        };
+        // What could not be removed is said beside what there is.
+        const QString rack = world.path("kegs") + "/x";
+        QVERIFY(QDir().rename(rack, world.path("x")) && QFile::link(world.path("x"), rack));
+        removeFirst();
+        QVERIFY(spinUntil([&] { return says(rack + " is a link"); }));
+        QVERIFY(says("2 saved versions take 6"));
+        QVERIFY(QFile::remove(rack) && QDir().rename(world.path("x"), rack));
+        removeFirst();
+        QVERIFY(spinUntil([&] { return !says(rack); }));
         QVERIFY(spinUntil([&] { return world.kegs.entries().size() == 1; }));
         QVERIFY(says("1 saved version takes 3"));
     }

@@ -1,15 +1,18 @@
 #include "inventory/state/DependencyGraph.h"
 #include "operations/OperationRun.h"
 #include "tests/support/Await.h"
+#include "tests/support/Formulae.h"
 #include "ui/ScreenRegistry.h"
 #include "ui/Sidebar.h"
 #include "ui/details/DependencyTree.h"
 #include "ui/operation/OutputView.h"
+#include "ui/startup/RecoveryNotice.h"
 #include "ui/theme/Colours.h"
 #include "ui/theme/Icons.h"
 #include "ui/widgets/ScreenHeader.h"
 
 #include <QApplication>
+#include <QMessageBox>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -30,6 +33,23 @@ class WidgetsTest : public QObject {
     }
 
   private Q_SLOTS:
+    void whatRecoveryDidIsToldOnce() {
+        QWidget parent;
+        const auto messages = [&] { return parent.findChildren<QMessageBox *>(); };
+        RecoveryNotice notice;
+        notice.show(&parent);
+        QVERIFY(messages().isEmpty()); // nothing was to be put right
+        notice.addLine("==> Pinning <b>kelp</b> again");
+        notice.show(&parent);
+        QCOMPARE(messages().size(), 1);
+        QVERIFY(messages().first()->text().contains("has been put right"));
+        QVERIFY(messages().first()->informativeText().contains("<b>kelp</b>"));
+        delete messages().first();
+        notice.addLine("==> Warning: kelp could not be pinned again.");
+        notice.show(&parent);
+        QVERIFY(messages().first()->text().contains("Not all"));
+    }
+
     void outputViewFollowsRedrawsAndStaysBounded() {
         OperationRun run({.kind = OperationKind::UpgradeAll});
         OutputView view;
@@ -119,15 +139,49 @@ class WidgetsTest : public QObject {
     }
 
     void dependencyTreeGrowsWithItsRows() {
-        const DependencyNode root{"r", "r", {{"t/a/x", "x", {{"y", "y", {}}}}, {"z", "z", {}}}};
-        DependencyTree tree(root);
+        const QList<Formula> installed{formulaNeeding("r", {"t/a/x", "z"}),
+                                       formulaNeeding("t/a/x", {"y", "r", "gone"}),
+                                       formulaNeeding("y", {"t/a/x", "z"}), formulaNeeding("z", {})};
+        DependencyTree tree(DependencyGraph(installed), installed.first());
         tree.show();
         QSignalSpy requested(&tree, &DependencyTree::packageRequested);
+        const auto opens = [](const QTreeWidgetItem *item) {
+            return item->childIndicatorPolicy() == QTreeWidgetItem::ShowIndicator;
+        };
         const int closed = tree.sizeHint().height();
-        tree.topLevelItem(0)->setExpanded(true);
+        QTreeWidgetItem *x = tree.topLevelItem(0);
+        QVERIFY(opens(x) && !opens(tree.topLevelItem(1)));
+        x->setExpanded(true);
         QVERIFY(tree.sizeHint().height() > closed);
-        Q_EMIT tree.itemActivated(tree.topLevelItem(0), 0);
+        QCOMPARE(x->childCount(), 3);
+        QVERIFY(opens(x->child(0)) && !opens(x->child(1)) && !opens(x->child(2))); // "r" closes a circle
+        x->child(0)->setExpanded(true);
+        QVERIFY(!opens(x->child(0)->child(0))); // and so does "x"
+        x->setExpanded(false);
+        x->setExpanded(true);
+        QCOMPARE(x->childCount(), 3); // not once more
+        Q_EMIT tree.itemActivated(x, 0);
         QCOMPARE(requested.first().first().toString(), "x"); // the short name
+    }
+
+    void dependencyTreeMakesNoRowsThatNobodySees() {
+        const QList<Formula> installed = layersOfTwo(20);
+        DependencyTree tree(DependencyGraph(installed), installed.first());
+        tree.show();
+        const auto rows = [&tree] {
+            return tree.findItems("*", Qt::MatchWildcard | Qt::MatchRecursive).size();
+        };
+        QCOMPARE(rows(), 2);
+        tree.setCurrentItem(tree.topLevelItem(0));
+        QTest::keyClick(&tree, Qt::Key_Asterisk); // opens everything below in other trees
+        QCOMPARE(rows(), 4);
+        QTreeWidgetItem *item = tree.topLevelItem(0);
+        while (item->childIndicatorPolicy() == QTreeWidgetItem::ShowIndicator) {
+            item->setExpanded(true);
+            item = item->child(1);
+        }
+        QCOMPARE(item->data(0, Qt::UserRole).toString(), "b20");
+        QCOMPARE(rows(), 40);
     }
 };
 

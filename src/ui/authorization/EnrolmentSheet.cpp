@@ -1,12 +1,11 @@
 #include "ui/authorization/EnrolmentSheet.h"
 
 #include "core/async/TaskScope.h"
-#include "ui/authorization/PasswordSheet.h"
+#include "ui/authorization/PasswordField.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPointer>
 #include <QPushButton>
 #include <QVBoxLayout>
@@ -28,7 +27,7 @@ EnrolmentSheet::EnrolmentSheet(StoredPassword &stored, TaskScope &tasks, QWidget
     : QDialog(parent)
     , m_stored(stored)
     , m_tasks(tasks)
-    , m_password(new QLineEdit)
+    , m_password(new PasswordField)
     , m_error(new QLabel) {
     setWindowTitle(tr("Touch ID Authorization"));
     setMinimumWidth(420);
@@ -36,8 +35,6 @@ EnrolmentSheet::EnrolmentSheet(StoredPassword &stored, TaskScope &tasks, QWidget
         "Enter your administrator password once. Larkspur keeps it in the macOS Keychain, protected by Touch "
         "ID, so future administrator actions need only your fingerprint."));
     text->setWordWrap(true);
-    m_password->setEchoMode(QLineEdit::Password);
-    m_password->setAccessibleName(tr("Password"));
     m_error->hide();
     auto *form = new QFormLayout;
     form->addRow(tr("Password"), m_password);
@@ -56,11 +53,11 @@ EnrolmentSheet::EnrolmentSheet(StoredPassword &stored, TaskScope &tasks, QWidget
 }
 
 void EnrolmentSheet::enable() {
-    if (m_password->text().isEmpty())
+    if (m_password->isEmpty())
         return;
     m_enable->setEnabled(false);
     m_tasks.spawn(QStringLiteral("The enrolment of a password"),
-                  enrol(&m_stored, Password(takeText(m_password)), this,
+                  enrol(&m_stored, m_password->take(), this,
                         [this](StoredPassword::Enrolment enrolment) { onEnrolled(enrolment); }));
 }
 

@@ -5,7 +5,6 @@
 #include <QDialog>
 
 class QLabel;
-class QLineEdit;
 class QPushButton;
 
 namespace larkspur {
@@ -13,6 +12,8 @@ class TaskScope;
 }
 
 namespace larkspur::ui {
+
+class PasswordField;
 
 /// "Touch ID Authorization": takes the password once and has it kept.
 class EnrolmentSheet : public QDialog {
@@ -26,7 +27,7 @@ class EnrolmentSheet : public QDialog {
 
     StoredPassword &m_stored;
     TaskScope &m_tasks;
-    QLineEdit *m_password;
+    PasswordField *m_password;
     QLabel *m_error;
     QPushButton *m_enable;
 };

@@ -1,12 +1,13 @@
 #include "ui/authorization/PasswordSheet.h"
 
 #include "core/authorization/SudoAuth.h"
+#include "ui/authorization/PasswordField.h"
 #include "ui/theme/Colours.h"
+#include "ui/widgets/ElidedLabel.h"
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QVBoxLayout>
 
@@ -16,7 +17,12 @@ PasswordSheet::PasswordSheet(SudoAuth &auth, QWidget *parent)
     : QDialog(parent)
     , m_auth(auth)
     , m_reason(new QLabel)
-    , m_password(new QLineEdit)
+    , m_rows(new QFormLayout)
+    , m_package(new ElidedLabel)
+    , m_command(new ElidedLabel)
+    , m_output(new ElidedLabel)
+    , m_warning(new QLabel)
+    , m_password(new PasswordField)
     , m_error(new QLabel)
     , m_note(new QLabel) {
     setWindowTitle(tr("Administrator Password Required"));
@@ -26,15 +32,18 @@ PasswordSheet::PasswordSheet(SudoAuth &auth, QWidget *parent)
     bold.setWeight(QFont::DemiBold);
     bold.setPointSizeF(bold.pointSizeF() * 1.15);
     title->setFont(bold);
-    for (QLabel *label : {m_reason, m_error, m_note}) {
+    for (QLabel *label : {m_reason, m_warning, m_error, m_note}) {
         label->setWordWrap(true);
         label->setTextFormat(Qt::PlainText);
     }
     m_note->setForegroundRole(QPalette::PlaceholderText);
-    m_password->setEchoMode(QLineEdit::Password);
-    m_password->setAccessibleName(tr("Password"));
-    auto *form = new QFormLayout;
-    form->addRow(tr("Password"), m_password);
+    m_warning->setMargin(8);
+    m_warning->setAutoFillBackground(true);
+    m_rows->addRow(tr("Package"), m_package);
+    m_rows->addRow(tr("Command"), m_command);
+    m_rows->addRow(tr("Output"), m_output);
+    m_rows->addRow(m_warning);
+    m_rows->addRow(tr("Password"), m_password);
     auto *buttons = new QDialogButtonBox;
     // Never the default, whatever has the focus: Return must not cancel.
     buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole)->setAutoDefault(false);
@@ -45,7 +54,7 @@ PasswordSheet::PasswordSheet(SudoAuth &auth, QWidget *parent)
     layout->setSpacing(12);
     layout->addWidget(title);
     layout->addWidget(m_reason);
-    layout->addLayout(form);
+    layout->addLayout(m_rows);
     layout->addWidget(m_error);
     layout->addWidget(m_note);
     layout->addWidget(buttons);
@@ -58,15 +67,15 @@ PasswordSheet::PasswordSheet(SudoAuth &auth, QWidget *parent)
 
 void PasswordSheet::update() {
     if (!m_auth.isPrompting()) {
-        takeText(m_password);
+        m_password->take();
         hide();
         return;
     }
-    m_reason->setText(m_auth.reason());
+    showRequest();
     m_note->setText(m_auth.note());
     m_error->setText(m_auth.isVerifying() ? tr("Checking…") : m_auth.error());
     m_error->setVisible(!m_error->text().isEmpty());
-    m_continue->setEnabled(!m_auth.isVerifying() && !m_password->text().isEmpty());
+    m_continue->setEnabled(!m_auth.isVerifying() && !m_password->isEmpty());
     m_password->setReadOnly(m_auth.isVerifying());
     if (!m_auth.isVerifying())
         m_password->setFocus();
@@ -74,22 +83,29 @@ void PasswordSheet::update() {
         open();
 }
 
+void PasswordSheet::showRequest() {
+    const PasswordRequest request = m_auth.request();
+    const auto show = [this](QLabel *label, const QString &text) {
+        label->setText(text);
+        m_rows->setRowVisible(label, !text.isEmpty());
+    };
+    m_reason->setText(request.reason);
+    show(m_package, request.package);
+    show(m_command, request.command);
+    show(m_output, request.trigger);
+    show(m_warning, warningOf(request));
+    QPalette ground = palette();
+    ground.setColor(QPalette::Window, toneGround(Tone::Attention, ground));
+    m_warning->setPalette(ground);
+}
+
 void PasswordSheet::proceed() {
-    if (!m_password->text().isEmpty())
-        m_auth.proceed(Password(takeText(m_password)));
+    if (!m_password->isEmpty())
+        m_auth.proceed(m_password->take());
 }
 
 void PasswordSheet::reject() {
     m_auth.cancel(); // which closes the sheet
-}
-
-QString takeText(QLineEdit *field) {
-    QString shared = field->text();
-    QString taken(shared.constData(), shared.size());
-    wipe(shared); // the field's own characters
-    const QSignalBlocker quiet(field);
-    field->clear();
-    return taken;
 }
 
 } // namespace larkspur::ui

@@ -2,8 +2,8 @@
 
 #include <QDialog>
 
+class QFormLayout;
 class QLabel;
-class QLineEdit;
 class QPushButton;
 
 namespace larkspur {
@@ -11,6 +11,8 @@ class SudoAuth;
 }
 
 namespace larkspur::ui {
+
+class PasswordField;
 
 /// "Administrator Password Required": opens by itself when an operation asks for the password, and closes
 /// when it has its answer.
@@ -23,17 +25,20 @@ class PasswordSheet : public QDialog {
 
   private:
     void update();
+    void showRequest();
     void proceed();
 
     SudoAuth &m_auth;
     QLabel *m_reason;
-    QLineEdit *m_password;
+    QFormLayout *m_rows; ///< who asks, the warning, and the field
+    QLabel *m_package;
+    QLabel *m_command;
+    QLabel *m_output;
+    QLabel *m_warning;
+    PasswordField *m_password;
     QLabel *m_error;
     QLabel *m_note;
     QPushButton *m_continue;
 };
-
-/// What was typed, taken out of the field; nothing of it stays there.
-QString takeText(QLineEdit *field);
 
 } // namespace larkspur::ui

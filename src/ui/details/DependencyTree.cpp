@@ -1,6 +1,7 @@
 #include "ui/details/DependencyTree.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
 
 #include <algorithm>
 
@@ -8,12 +9,8 @@ namespace larkspur::ui {
 
 namespace {
 
-void fill(QTreeWidgetItem *parent, const DependencyNode &node) {
-    for (const DependencyNode &child : node.children) {
-        auto *item = new QTreeWidgetItem(parent, {child.id});
-        item->setData(0, Qt::UserRole, child.name);
-        fill(item, child);
-    }
+QString nameOf(const QTreeWidgetItem *item) {
+    return item->data(0, Qt::UserRole).toString();
 }
 
 int openRows(const QTreeWidgetItem *item) {
@@ -25,8 +22,10 @@ int openRows(const QTreeWidgetItem *item) {
 
 } // namespace
 
-DependencyTree::DependencyTree(const DependencyNode &root, QWidget *parent)
-    : QTreeWidget(parent) {
+DependencyTree::DependencyTree(DependencyGraph graph, const Formula &formula, QWidget *parent)
+    : QTreeWidget(parent)
+    , m_graph(std::move(graph))
+    , m_root(formula.name) {
     setHeaderHidden(true);
     setFrameShape(QFrame::NoFrame);
     setIndentation(16);
@@ -34,13 +33,42 @@ DependencyTree::DependencyTree(const DependencyNode &root, QWidget *parent)
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
     viewport()->setAutoFillBackground(false);
-    fill(invisibleRootItem(), root);
-    const auto resized = [this] { updateGeometry(); };
-    connect(this, &QTreeWidget::itemExpanded, this, resized);
-    connect(this, &QTreeWidget::itemCollapsed, this, resized);
-    connect(this, &QTreeWidget::itemActivated, this, [this](QTreeWidgetItem *item) {
-        Q_EMIT packageRequested(item->data(0, Qt::UserRole).toString());
-    });
+    addRows(invisibleRootItem(), dependenciesNamed(formula.dependencies));
+    connect(this, &QTreeWidget::itemExpanded, this, &DependencyTree::onExpanded);
+    connect(this, &QTreeWidget::itemCollapsed, this, [this] { updateGeometry(); });
+    connect(this, &QTreeWidget::itemActivated, this,
+            [this](QTreeWidgetItem *item) { Q_EMIT packageRequested(nameOf(item)); });
+}
+
+void DependencyTree::addRows(QTreeWidgetItem *parent, const QList<Dependency> &needed) {
+    for (const Dependency &dependency : needed) {
+        auto *item = new QTreeWidgetItem(parent, {dependency.id});
+        item->setData(0, Qt::UserRole, dependency.name);
+        if (canOpen(item))
+            item->setChildIndicatorPolicy(QTreeWidgetItem::ShowIndicator);
+    }
+}
+
+/// Not where there is nothing below, nor where a circle closes.
+bool DependencyTree::canOpen(const QTreeWidgetItem *item) const {
+    const QString name = nameOf(item);
+    for (const QTreeWidgetItem *above = item->parent(); above; above = above->parent())
+        if (nameOf(above) == name)
+            return false;
+    return name != m_root && !m_graph.needs(name).isEmpty();
+}
+
+void DependencyTree::onExpanded(QTreeWidgetItem *item) {
+    if (item->childCount() == 0)
+        addRows(item, m_graph.needs(nameOf(item)));
+    updateGeometry();
+}
+
+void DependencyTree::keyPressEvent(QKeyEvent *event) {
+    if (event->key() == Qt::Key_Asterisk && currentItem())
+        expandItem(currentItem()); // not, as elsewhere, everything below it
+    else
+        QTreeWidget::keyPressEvent(event);
 }
 
 QSize DependencyTree::sizeHint() const {

@@ -10,7 +10,9 @@
 #include "ui/theme/Colours.h"
 #include "ui/theme/Icons.h"
 #include "ui/widgets/EmptyState.h"
+#include "ui/widgets/LinkLabel.h"
 #include "ui/widgets/PackageActions.h"
+#include "ui/widgets/PlainText.h"
 
 #include <QFormLayout>
 #include <QLabel>
@@ -27,7 +29,6 @@ QLabel *textLabel(const QString &text) {
     auto *label = new QLabel(text);
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
-    label->setTextFormat(Qt::PlainText);
     return label;
 }
 
@@ -170,7 +171,7 @@ void PackageDetails::addButtons() {
         add(QStringLiteral("snoozed"), tr("Unsnooze"), [this, package] { m_actions.unsnooze({package}); });
     for (const QString &version : m_actions.rollbackVersions(package).first(
              std::min<qsizetype>(1, m_actions.rollbackVersions(package).size())))
-        add(QStringLiteral("timemachine"), tr("Roll Back to %1…").arg(version),
+        add(QStringLiteral("timemachine"), tr("Roll Back to %1…").arg(inCaption(version)),
             [this, package, version] { m_actions.rollBack(package, version, this); });
     if (package.installed)
         add(QStringLiteral("uninstall"), tr("Uninstall…"),
@@ -203,17 +204,8 @@ void PackageDetails::addState() {
 void PackageDetails::addLink(const QString &name, const std::optional<QString> &address) {
     if (!address || address->isEmpty())
         return;
-    auto *label = new QLabel;
-    label->setTextFormat(Qt::RichText);
-    label->setWordWrap(true);
-    label->setTextInteractionFlags(Qt::TextBrowserInteraction);
-    // Only web addresses are opened: what a recipe names may be anything.
-    const bool isWeb =
-        address->startsWith(QLatin1String("https://")) || address->startsWith(QLatin1String("http://"));
-    label->setOpenExternalLinks(isWeb);
-    const QString shown = address->toHtmlEscaped().replace(QLatin1Char('/'), QStringLiteral("/\u200B"));
-    label->setText(isWeb ? QStringLiteral("<a href=\"%1\">%2</a>").arg(address->toHtmlEscaped(), shown)
-                         : shown);
+    auto *label = new LinkLabel;
+    label->showAddress(*address);
     auto *row = new QHBoxLayout;
     auto *title = new QLabel(name);
     title->setForegroundRole(QPalette::PlaceholderText);
@@ -264,9 +256,8 @@ void PackageDetails::showFormula(const Formula &formula) {
 
 void PackageDetails::addDependencies(const Formula &formula) {
     if (!formula.dependencies.isEmpty()) {
-        const DependencyGraph graph(m_inventory.value().installedFormulae);
         addSection(tr("Needs"));
-        auto *tree = new DependencyTree(graph.tree(formula));
+        auto *tree = new DependencyTree(DependencyGraph(m_inventory.value().installedFormulae), formula);
         connect(tree, &DependencyTree::packageRequested, this,
                 [this](const QString &name) { Q_EMIT packageRequested({name, false}); });
         m_layout->addWidget(tree);
@@ -275,13 +266,8 @@ void PackageDetails::addDependencies(const Formula &formula) {
     if (dependents.isEmpty())
         return;
     addSection(tr("Needed by"));
-    auto *links = new QLabel;
-    links->setWordWrap(true);
-    links->setTextInteractionFlags(Qt::LinksAccessibleByMouse | Qt::LinksAccessibleByKeyboard);
-    QStringList texts;
-    for (const QString &name : dependents)
-        texts.append(QStringLiteral("<a href=\"%1\">%1</a>").arg(name.toHtmlEscaped()));
-    links->setText(texts.join(QStringLiteral(", ")));
+    auto *links = new LinkLabel;
+    links->showNames(dependents);
     connect(links, &QLabel::linkActivated, this,
             [this](const QString &name) { Q_EMIT packageRequested({name, false}); });
     m_layout->addWidget(links);

@@ -8,6 +8,7 @@
 #include "operations/outcome/FailureSummary.h"
 #include "ui/operation/RunInTerminal.h"
 #include "ui/theme/Icons.h"
+#include "ui/widgets/PlainText.h"
 #include "userdata/UserDataManager.h"
 
 #include <QHBoxLayout>
@@ -67,15 +68,16 @@ void FollowUpBar::offer() {
     const QList<PackageTarget> &packages = m_run->request().packages;
     const bool hasFailed = m_run->outcome() == OperationOutcome::Failed;
     m_restart->setVisible(!services.isEmpty());
-    m_restart->setText(services.size() == 1 ? tr("Restart %1").arg(services.first())
+    m_restart->setText(services.size() == 1 ? tr("Restart %1").arg(inCaption(services.first()))
                                             : tr("Restart %1 Services").arg(services.size()));
     m_pin->setVisible(isRolledBack());
-    m_pin->setText(packages.size() == 1 ? tr("Pin %1").arg(packages.first().name) : tr("Pin Them"));
+    m_pin->setText(packages.size() == 1 ? tr("Pin %1").arg(inCaption(packages.first().name))
+                                        : tr("Pin Them"));
     m_skip->setVisible(isRolledBack() && !m_hasSkipped &&
                        std::ranges::any_of(packages, [this](const auto &package) {
                            return !versionToSkip(package).isEmpty();
                        }));
-    m_skip->setText(packages.size() == 1 ? tr("Skip %1").arg(versionToSkip(packages.first()))
+    m_skip->setText(packages.size() == 1 ? tr("Skip %1").arg(inCaption(versionToSkip(packages.first())))
                                          : tr("Skip Versions"));
     m_rollBack->setVisible(hasFailed && !rollbackTargets().isEmpty());
     m_terminal->setVisible(hasFailed && !m_run->wasStopped() && !commandForTerminal().isEmpty());
@@ -104,12 +106,14 @@ QList<PackageTarget> FollowUpBar::rollbackTargets() const {
     QList<PackageTarget> targets;
     if (m_run->request().kind != OperationKind::Upgrade)
         return targets;
-    for (const auto &[package, end] : m_run->report().packages)
-        if (end == PackageEnd::Failed && !package.isCask &&
+    for (const PackageResult &result : m_run->report().packages) {
+        const PackageTarget &package = result.package;
+        if (result.end == PackageEnd::Failed && !package.isCask &&
             m_services.kegs.canRollBack(shortName(package.name), package.installedVersion)) {
             targets.append(package);
             std::swap(targets.last().latestVersion, targets.last().installedVersion);
         }
+    }
     return targets;
 }
 
@@ -121,7 +125,7 @@ void FollowUpBar::restartServices() {
 }
 
 QString FollowUpBar::commandForTerminal() const {
-    const QString needed = summarizeFailure(m_run->request(), m_run->transcript().lines()).commandToCopy;
+    const QString needed = m_run->failureSummary().commandToCopy;
     return needed.isEmpty() ? terminalCommand(m_run->request()) : needed;
 }
 

@@ -62,7 +62,6 @@ OperationPanel::OperationPanel(FollowUpBar::Services services, QWidget *parent)
     m_output->hide();
     m_summary->hide();
     m_summary->setWordWrap(true);
-    m_summary->setTextFormat(Qt::PlainText);
     m_summary->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     m_summary->setContentsMargins(46, 0, 14, 10);
 
@@ -93,7 +92,7 @@ OperationPanel::OperationPanel(FollowUpBar::Services services, QWidget *parent)
     connect(&m_updateTimer, &QTimer::timeout, this, &OperationPanel::update);
     connect(m_stop, &QPushButton::clicked, this, [this] {
         if (m_run)
-            m_run->stop();
+            m_run->isStopping() ? m_run->stopRepair() : m_run->stop();
     });
     connect(m_toggle, &QToolButton::toggled, m_output, &QWidget::setVisible);
     connect(m_dismiss, &QToolButton::clicked, this, &QWidget::hide);
@@ -141,7 +140,10 @@ void OperationPanel::update() {
         return;
     m_title->setText(m_run->title());
     m_stop->setVisible(m_run->isRunning());
-    m_stop->setEnabled(!m_run->isStopping());
+    m_stop->setText(m_run->isStopping() ? tr("Stop at Once") : tr("Stop"));
+    m_stop->setToolTip(m_run->isStopping() ? tr("Leaves what is being put right for the next operation.")
+                                           : QString());
+    m_stop->setEnabled(!m_run->isStoppingRepair());
     m_bar->setVisible(m_run->isRunning());
     m_dismiss->setVisible(!m_run->isRunning());
     m_followUps->follow(m_run->isRunning() ? nullptr : m_run);
@@ -198,8 +200,9 @@ void OperationPanel::updateFinished() {
 }
 
 void OperationPanel::showFailure() {
-    m_detail->setText(tr("Failed"));
-    const FailureSummary summary = summarizeFailure(m_run->request(), m_run->transcript().lines());
+    const bool isBatch = m_run->report().packages.size() > 1;
+    m_detail->setText(isBatch ? tr("Failed: %1").arg(m_run->report().tally()) : tr("Failed"));
+    const FailureSummary summary = m_run->failureSummary();
     QStringList parts{summary.text, summary.suggestion, summary.commandToCopy};
     parts.removeAll(QString());
     m_summary->setText(parts.join(QStringLiteral("\n\n")));

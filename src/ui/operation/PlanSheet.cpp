@@ -73,7 +73,6 @@ PlanSheet::PlanSheet(Services services, OperationRequest request, QWidget *paren
     m_changes->setAccessibleName(tr("What will change"));
     m_changes->hide();
     m_remarks->setWordWrap(true);
-    m_remarks->setTextFormat(Qt::PlainText);
     m_remarks->hide();
     m_again->setChecked(services.preferences.boolean(keys::showOperationPlan, true));
     connect(m_again, &QCheckBox::toggled, this,

@@ -5,6 +5,7 @@
 #include "ui/theme/Colours.h"
 #include "ui/theme/Icons.h"
 #include "ui/widgets/EmptyState.h"
+#include "ui/widgets/PlainText.h"
 #include "userdata/UserDataManager.h"
 
 #include <QPushButton>
@@ -69,7 +70,8 @@ void HistoryScreen::onSelectionChanged() {
     const QStringList versions = package ? m_actions.rollbackVersions(*package) : QStringList();
     m_rollBack->setVisible(!versions.isEmpty());
     if (!versions.isEmpty())
-        m_rollBack->setText(tr("Roll %1 Back to %2…").arg(package->title, versions.first()));
+        m_rollBack->setText(
+            tr("Roll %1 Back to %2…").arg(inCaption(package->title), inCaption(versions.first())));
 }
 
 std::optional<PackageRow> HistoryScreen::selectedPackage() const {

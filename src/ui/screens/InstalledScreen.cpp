@@ -113,12 +113,16 @@ void InstalledScreen::reload() {
 void InstalledScreen::showEmptyState() {
     EmptyState *empty = table()->emptyState();
     const Inventory &value = inventory().value();
-    if (!value.hasLoaded)
+    const bool isWaiting = value.isLoading || value.isRefreshing || value.refreshErrors.isEmpty();
+    if (!value.hasLoaded && isWaiting)
         empty->show(QStringLiteral("package"), tr("Reading the Installed Packages…"),
                     tr("Homebrew takes a few seconds for the first list."));
     else if (!filterField()->text().isEmpty())
         empty->show(QStringLiteral("search"), tr("Nothing Found"),
                     tr("No installed package matches “%1”.").arg(filterField()->text()));
+    else if (!value.refreshErrors.isEmpty()) // an empty list proves nothing then
+        empty->show(QStringLiteral("warning"), tr("The List Could Not Be Read"),
+                    value.refreshErrors.first().error.message());
     else if (m_kind == InstalledKind::Pinned)
         empty->show(QStringLiteral("pinned"), tr("Nothing Is Pinned"),
                     tr("A pinned package keeps its version when everything else is upgraded."));

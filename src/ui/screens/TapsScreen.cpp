@@ -11,6 +11,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
+#include <QVBoxLayout>
 
 namespace larkspur::ui {
 
@@ -44,10 +45,18 @@ TapsScreen::TapsScreen(InventoryState &inventory, Preferences &preferences)
     auto *picture = new QLabel;
     picture->setPixmap(icon(QStringLiteral("warning")).pixmap(QSize(22, 22)));
     m_bannerText->setWordWrap(true);
+    auto *bannerTitle = new QLabel(tr("Packages hidden by Homebrew"));
+    QFont bold = bannerTitle->font();
+    bold.setWeight(QFont::DemiBold);
+    bannerTitle->setFont(bold);
+    auto *texts = new QVBoxLayout;
+    texts->setSpacing(2);
+    texts->addWidget(bannerTitle);
+    texts->addWidget(m_bannerText);
     auto *row = new QHBoxLayout(m_banner);
     row->setContentsMargins(14, 8, 12, 8);
     row->addWidget(picture);
-    row->addWidget(m_bannerText, 1);
+    row->addLayout(texts, 1);
     row->addWidget(dismissButton);
     m_banner->setAutoFillBackground(true);
     addBanner(m_banner);
@@ -65,10 +74,7 @@ void TapsScreen::reload() {
             tap.packages.isEmpty()
                 ? tr("%1 is not trusted.").arg(tap.name)
                 : tr("%1 is not trusted: %2").arg(tap.name, tap.packages.join(QStringLiteral(", "))));
-    m_bannerText->setText(
-        QStringLiteral("<b>%1</b><br>%2")
-            .arg(tr("Packages hidden by Homebrew"),
-                 lines.join(QLatin1Char('\n')).toHtmlEscaped().replace(u'\n', QStringLiteral("<br>"))));
+    m_bannerText->setText(lines.join(QLatin1Char('\n')));
     QPalette ground = palette();
     ground.setColor(QPalette::Window, toneGround(Tone::Attention, palette()));
     m_banner->setPalette(ground);

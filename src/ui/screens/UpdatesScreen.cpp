@@ -110,11 +110,15 @@ void UpdatesScreen::checkForUpdates() {
 void UpdatesScreen::showEmptyState() {
     EmptyState *empty = table()->emptyState();
     const Inventory &value = inventory().value();
-    if (!value.hasLoaded)
+    const bool isWaiting = value.isLoading || value.isRefreshing || value.refreshErrors.isEmpty();
+    if (!value.hasLoaded && isWaiting)
         empty->show(QStringLiteral("updates"), tr("Looking for Updates…"), tr("Homebrew is being asked."));
     else if (!filterField()->text().isEmpty())
         empty->show(QStringLiteral("search"), tr("Nothing Found"),
                     tr("No update matches “%1”.").arg(filterField()->text()));
+    else if (!value.refreshErrors.isEmpty()) // an empty list proves nothing then
+        empty->show(QStringLiteral("warning"), tr("The List Could Not Be Read"),
+                    value.refreshErrors.first().error.message(), tr("Check Now"));
     else
         empty->show(QStringLiteral("done"), tr("Everything Is Up to Date"),
                     tr("Homebrew's catalogue of this machine names no newer version."), tr("Check Now"));

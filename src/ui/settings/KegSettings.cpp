@@ -13,6 +13,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QLocale>
+#include <QPointer>
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTreeWidget>
@@ -24,9 +25,16 @@ namespace {
 
 constexpr qint64 mebibyte = 1024 * 1024;
 
-Task<> removeAll(KegPreservationManager *kegs, QList<KegEntry> entries) {
+/// What could not be removed is told by `problem`, in words.
+Task<> removeAll(KegPreservationManager *kegs, QList<KegEntry> entries, QPointer<QLabel> problem) {
+    QStringList reasons;
     for (const KegEntry &entry : entries)
-        co_await kegs->remove(entry.formula, entry.version);
+        if (const auto removed = co_await kegs->remove(entry.formula, entry.version); !removed)
+            reasons.append(removed.error());
+    if (!problem)
+        co_return;
+    problem->setText(reasons.join(QLatin1Char('\n')));
+    problem->setVisible(!reasons.isEmpty());
 }
 
 QHBoxLayout *row(const QString &name, QWidget *field) {
@@ -48,6 +56,7 @@ KegSettings::KegSettings(Services services, QWidget *parent)
     , m_location(new QLineEdit)
     , m_away(new QLabel)
     , m_total(new QLabel)
+    , m_problem(new QLabel)
     , m_copies(new QTreeWidget) {
     auto *retention = new QSpinBox;
     retention->setRange(0, 1000);
@@ -128,6 +137,9 @@ QWidget *KegSettings::makeCopies() {
     layout->setSpacing(6);
     layout->addWidget(m_copies, 1);
     layout->addLayout(line);
+    m_problem->setWordWrap(true);
+    m_problem->hide();
+    layout->addWidget(m_problem);
     connect(remove, &QPushButton::clicked, this, &KegSettings::removeSelected);
     connect(m_copies, &QTreeWidget::itemSelectionChanged, this,
             [this, remove] { remove->setEnabled(!m_copies->selectedItems().isEmpty()); });
@@ -147,10 +159,12 @@ void KegSettings::chooseLocation() {
 void KegSettings::update() {
     const QString chosen = m_services.preferences.string(keys::kegPreservationLocation);
     m_location->setText(chosen.isEmpty() ? tr("Default (Application Support)") : m_services.kegs.folder());
-    m_away->setVisible(!m_services.kegs.isLocationAvailable());
-    m_away->setText(
-        tr("This location isn't available right now (drive not mounted). Rollback for saved versions is "
-           "paused until it's reconnected."));
+    const bool isAway = !m_services.kegs.isLocationAvailable();
+    m_away->setVisible(isAway || !m_services.kegs.failure().isEmpty());
+    m_away->setText(!isAway ? m_services.kegs.failure()
+                            : tr("This location isn't available right now (drive not mounted). Rollback for "
+                                 "saved versions is "
+                                 "paused until it's reconnected."));
     m_copies->clear();
     QHash<QString, QTreeWidgetItem *> formulae;
     QHash<QString, qint64> sizes;
@@ -187,7 +201,7 @@ void KegSettings::removeSelected() {
                 chosen.append(entry);
         }
     m_services.tasks.spawn(QStringLiteral("The removal of preserved kegs"),
-                           removeAll(&m_services.kegs, chosen));
+                           removeAll(&m_services.kegs, chosen, m_problem));
 }
 
 } // namespace larkspur::ui

@@ -36,6 +36,7 @@ class KegSettings : public QWidget {
     QLineEdit *m_location;
     QLabel *m_away;
     QLabel *m_total;
+    QLabel *m_problem; ///< what could not be removed; hidden if there is nothing
     QTreeWidget *m_copies;
 };
 

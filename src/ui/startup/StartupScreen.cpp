@@ -64,7 +64,6 @@ StartupScreen::StartupScreen(QWidget *parent)
     m_text->setWordWrap(true);
     m_text->setAlignment(Qt::AlignCenter);
     m_text->setFixedWidth(460);
-    m_text->setOpenExternalLinks(true);
     m_busy->setRange(0, 0);
     m_busy->setFixedWidth(240);
     m_busy->setTextVisible(false);

@@ -70,7 +70,7 @@ RestoreSheet::RestoreSheet(const Snapshot &snapshot, RestorePlan plan, QWidget *
     auto *buttons = new QDialogButtonBox;
     buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole)->setAutoDefault(false);
     QPushButton *start = buttons->addButton(tr("Restore"), QDialogButtonBox::AcceptRole);
-    start->setEnabled(!m_plan.isEmpty());
+    start->setEnabled(!m_plan.changesNothing());
     m_removeAdded->setEnabled(!m_plan.added.isEmpty());
     m_rollBack->setEnabled(!m_plan.rollable.isEmpty());
     layout->addWidget(buttons);
@@ -84,16 +84,18 @@ RestoreSheet::RestoreSheet(const Snapshot &snapshot, RestorePlan plan, QWidget *
 RestoreOrder RestoreSheet::order() const {
     return {.snapshot = m_snapshot,
             .removesAdded = m_removeAdded->isChecked(),
-            .rollsBackVersions = m_rollBack->isChecked()};
+            .rollsBackVersions = m_rollBack->isChecked(),
+            .agreed = agreementTo(m_plan)};
 }
 
 void RestoreSheet::update() {
     m_changes->clear();
-    if (m_plan.isEmpty()) {
-        m_changes->addGroup(tr("Nothing to restore"),
-                            {{tr("Your installed packages already match this snapshot.")}});
-        return;
-    }
+    if (m_plan.changesNothing())
+        m_changes->addGroup(
+            tr("Nothing to restore"),
+            m_plan.isEmpty()
+                ? QList<QStringList>{{tr("Your installed packages already match this snapshot.")}}
+                : QList<QStringList>{{tr("What can be read of it is already installed.")}});
     QList<QStringList> taps;
     for (const QString &tap : m_plan.missingTaps)
         taps.append({tap});
@@ -103,9 +105,14 @@ void RestoreSheet::update() {
                                                 : tr("Installed at a different version"),
                         rowsOf(m_plan.rollable));
     m_changes->addGroup(tr("At a different version, without a saved copy"), rowsOf(m_plan.notRollable));
+    QList<QStringList> refusals;
+    for (const QString &refusal : m_plan.refusals)
+        refusals.append({refusal});
+    m_changes->addGroup(tr("Left out of this restore point"), refusals);
     m_changes->addGroup(m_removeAdded->isChecked() ? tr("Installed since the snapshot — will be uninstalled")
                                                    : tr("Installed since the snapshot — left untouched"),
                         rowsOf(m_plan.added));
+    m_changes->addGroup(tr("Perhaps installed since the snapshot — left untouched"), rowsOf(m_plan.kept));
 }
 
 } // namespace larkspur::ui

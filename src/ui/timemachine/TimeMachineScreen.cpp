@@ -178,10 +178,14 @@ void TimeMachineScreen::compareWithNow() {
     m_services.tasks.spawn(QStringLiteral("The look at what is installed"),
                            readNow(&m_services.snapshots, this, [this](std::expected<Snapshot, QString> now) {
                                // What was said meanwhile stays.
-                               if (now)
+                               if (now) {
                                    showNow(*now);
-                               else
-                                   say(now.error());
+                                   return;
+                               }
+                               m_now.reset(); // nothing is restored on what was so earlier
+                               onSelected();
+                               m_changes->clear();
+                               say(now.error());
                            }));
 }
 
@@ -215,9 +219,13 @@ void TimeMachineScreen::reload() {
     m_stack->setCurrentIndex(snapshots.isEmpty() ? 0 : 1);
     m_compare->setEnabled(snapshots.size() > 1);
     m_removeAll->setEnabled(!snapshots.isEmpty());
+    const QString failure = m_services.snapshots.failure();
     m_empty->show(
-        QStringLiteral("timemachine"), tr("No Restore Points"),
-        tr("One is taken before every upgrade. Take one now to be able to come back to this moment."),
+        QStringLiteral("timemachine"),
+        failure.isEmpty() ? tr("No Restore Points") : tr("The Restore Points Cannot Be Read"),
+        failure.isEmpty()
+            ? tr("One is taken before every upgrade. Take one now to be able to come back to this moment.")
+            : failure,
         tr("Take Restore Point"));
     const auto unreadable = m_services.snapshots.unreadable().size();
     m_header->setSubtitle(unreadable == 0

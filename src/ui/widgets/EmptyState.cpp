@@ -40,6 +40,7 @@ void EmptyState::show(const QString &iconName, const QString &title, const QStri
     m_picture->setPixmap(icon(iconName).pixmap(QSize(48, 48), QIcon::Disabled));
     m_title->setText(title);
     m_text->setText(text);
+    m_text->ensurePolished();                                  // its height depends on how it takes its text
     m_text->setFixedHeight(m_text->heightForWidth(textWidth)); // a centred label is not asked for it
     m_action->setText(action);
     m_action->setVisible(!action.isEmpty());

@@ -5,6 +5,7 @@
 #include "operations/kegs/KegPreservationManager.h"
 #include "ui/operation/PlanSheet.h"
 #include "ui/theme/Icons.h"
+#include "ui/widgets/PlainText.h"
 #include "userdata/UserDataManager.h"
 
 #include <QApplication>
@@ -34,8 +35,19 @@ OperationRequest request(OperationKind kind, const QList<PackageRow> &rows) {
 }
 
 QString counted(const QString &verb, const QList<PackageRow> &rows) {
-    return rows.size() == 1 ? QStringLiteral("%1 %2").arg(verb, rows.first().title)
+    return rows.size() == 1 ? QStringLiteral("%1 %2").arg(verb, inCaption(rows.first().title))
                             : QStringLiteral("%1 %2 Packages").arg(verb).arg(rows.size());
+}
+
+void refuseUpgradeOfAll(const QString &damage, QWidget *window) {
+    auto *alert =
+        new QMessageBox(QMessageBox::Warning, PackageActions::tr("Upgrade All"),
+                        PackageActions::tr("The list of snoozed packages is damaged, so not all can be "
+                                           "upgraded. Select the packages to upgrade instead."),
+                        QMessageBox::Ok, window->window());
+    alert->setInformativeText(damage);
+    alert->setAttribute(Qt::WA_DeleteOnClose);
+    alert->open();
 }
 
 } // namespace
@@ -71,6 +83,10 @@ void PackageActions::upgrade(const QList<PackageRow> &rows, QWidget *window) {
 }
 
 void PackageActions::upgradeAll(const Inventory &inventory, QWidget *window) {
+    if (const QString damage = m_services.userData.snoozedDamage(); !damage.isEmpty()) {
+        refuseUpgradeOfAll(damage, window);
+        return;
+    }
     const auto rows = [&](PackageSelection selection) {
         return packageRows(inventory, m_services.userData, selection);
     };
@@ -171,7 +187,7 @@ void PackageActions::fillMenu(QMenu *menu, const QList<PackageRow> &rows, QWidge
         if (rows.size() == 1)
             for (const QString &version : rollbackVersions(rows.first()))
                 menu->addAction(
-                    icon(QStringLiteral("timemachine")), tr("Roll Back to %1…").arg(version), this,
+                    icon(QStringLiteral("timemachine")), tr("Roll Back to %1…").arg(inCaption(version)), this,
                     [this, row = rows.first(), version, window] { rollBack(row, version, window); });
         if (!free.isEmpty())
             menu->addAction(icon(QStringLiteral("pinned")), counted(tr("Pin"), free), this,

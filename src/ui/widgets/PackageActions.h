@@ -38,7 +38,8 @@ class PackageActions : public QObject {
 
     void install(const QList<PackageRow> &rows);
     void upgrade(const QList<PackageRow> &rows, QWidget *window);
-    /// Everything that is outdated, without what is pinned or snoozed.
+    /// Everything that is outdated, without what is pinned or snoozed. Refused while the list of what is
+    /// snoozed is damaged.
     void upgradeAll(const Inventory &inventory, QWidget *window);
     void reinstall(const QList<PackageRow> &rows);
     void setPinned(const QList<PackageRow> &rows, bool pinned);
