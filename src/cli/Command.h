@@ -28,14 +28,16 @@ struct CommandArguments {
 struct CommandContext {
     Larkspur &larkspur;
     const Terminal &terminal;
-    StopToken stop; ///< Ctrl-C
+    StopToken stop;   ///< Ctrl-C and what is like it
+    StopToken insist; ///< the same for the second time
 };
 
 /// How a command is called.
 struct CommandShape {
     QString name;
-    QString synopsis; ///< what follows the name, for example "NAME [--cask]"
-    QString summary;  ///< one sentence
+    QString synopsis;     ///< what follows the name, for example "NAME [--cask]"
+    QString summary;      ///< one sentence
+    QString details = {}; ///< what more its own help says
     QStringList options = {};
     int fewestNames = 0;
     int mostNames = 0; ///< -1: any number

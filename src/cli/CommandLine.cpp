@@ -62,7 +62,8 @@ QString CommandRegistry::overview() const {
 QString CommandRegistry::help(const Command &command) const {
     const CommandShape shape = command.shape();
     return QStringLiteral("Usage: larkspur %1 %2").arg(shape.name, shape.synopsis).trimmed() +
-           QStringLiteral("\n\n%1\n").arg(shape.summary);
+           QStringLiteral("\n\n%1\n").arg(shape.summary) +
+           (shape.details.isEmpty() ? QString() : QStringLiteral("\n%1\n").arg(shape.details));
 }
 
 std::expected<CommandArguments, QString> parseArguments(const CommandShape &shape, const QStringList &words) {
@@ -95,7 +96,7 @@ Task<ExitStatus> runCommandLine(CommandContext context, QStringList words) {
             terminal.error(QStringLiteral("no command is called %1").arg(words.first()));
             co_return ExitStatus::WrongUsage;
         }
-        terminal.raw(topic ? registry.help(*topic) : registry.overview());
+        terminal.text(topic ? registry.help(*topic) : registry.overview());
         co_return ExitStatus::Done;
     }
     Command *command = registry.find(name);
@@ -107,7 +108,7 @@ Task<ExitStatus> runCommandLine(CommandContext context, QStringList words) {
         co_return ExitStatus::WrongUsage;
     }
     if (words.contains(QLatin1String("--help"))) {
-        terminal.raw(registry.help(*command));
+        terminal.text(registry.help(*command));
         co_return ExitStatus::Done;
     }
     const auto arguments = parseArguments(command->shape(), words);

@@ -2,6 +2,7 @@
 
 #include "core/async/Completion.h"
 #include "core/authorization/Password.h"
+#include "core/output/TerminalSafeText.h"
 
 #include <QSocketNotifier>
 
@@ -38,7 +39,7 @@ class OpenTerminal {
         return m_isQuiet;
     }
     void write(const QString &text) const {
-        const QByteArray bytes = text.toUtf8();
+        const QByteArray bytes = safeForTerminal(text).toUtf8();
         [[maybe_unused]] const auto written =
             ::write(m_file, bytes.constData(), static_cast<std::size_t>(bytes.size()));
     }

@@ -16,8 +16,9 @@ class ControllingTerminal {
     /// Whether there is one.
     static bool exists();
 
-    /// Writes the prompt and waits for a line, without its line feed. Nothing at the end of input, when stop
-    /// is requested, or without a terminal. The echo is on again afterwards, whatever happened.
+    /// Writes the prompt, made safe for a terminal, and waits for a line, without its line feed. Nothing at
+    /// the end of input, when stop is requested, or without a terminal. The echo is on again afterwards,
+    /// whatever happened.
     static Task<std::optional<QString>> readLine(QString prompt, Echo echo, StopToken stop);
 };
 

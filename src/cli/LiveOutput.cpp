@@ -2,27 +2,35 @@
 
 #include "cli/Terminal.h"
 #include "core/output/TerminalReader.h"
+#include "core/output/TerminalSafeText.h"
 
 #include <algorithm>
 
 namespace larkspur::cli {
+
+namespace {
+
+const QString startOfEmptyRow = QStringLiteral("\r\u001B[K");
+
+} // namespace
 
 LiveOutput::LiveOutput(const Terminal &terminal)
     : m_terminal(terminal) {}
 
 void LiveOutput::receive(const OutputChange &change) {
     clearBar();
-    QString text;
     if (const int rows = takeBack(change.replaces); rows > 0 && m_terminal.isInteractive())
-        text = QStringLiteral("\u001B[%1A\r\u001B[J").arg(rows);
+        m_terminal.unfilteredSequence(QStringLiteral("\u001B[%1A\r\u001B[J").arg(rows));
+    QString text;
     const int width = m_terminal.width();
     for (const QString &line : change.lines) {
-        text += line + QLatin1Char('\n');
-        m_rows.push_back(1 + static_cast<int>(std::max<qsizetype>(0, line.size() - 1) / width));
+        const QString safe = safeForTerminal(line); // what is printed is what takes up rows
+        text += safe + QLatin1Char('\n');
+        m_rows.push_back(1 + static_cast<int>(std::max<qsizetype>(0, safe.size() - 1) / width));
     }
     while (m_rows.size() > TerminalReader::screenRows)
         m_rows.pop_front();
-    m_terminal.raw(text);
+    m_terminal.text(text);
 }
 
 int LiveOutput::takeBack(int lines) {
@@ -47,14 +55,15 @@ void LiveOutput::showNote(const QString &note) {
 void LiveOutput::drawBar(const QString &text) {
     if (text == m_bar)
         return;
-    m_terminal.raw(QStringLiteral("\r\u001B[K") + text);
+    m_terminal.unfilteredSequence(startOfEmptyRow);
+    m_terminal.text(safeForTerminalLine(text));
     m_bar = text;
 }
 
 void LiveOutput::clearBar() {
     if (m_bar.isEmpty())
         return;
-    m_terminal.raw(QStringLiteral("\r\u001B[K"));
+    m_terminal.unfilteredSequence(startOfEmptyRow);
     m_bar.clear();
 }
 

@@ -4,7 +4,6 @@
 #include "cli/LiveOutput.h"
 #include "cli/OperationQuestion.h"
 #include "cli/PasswordPrompt.h"
-#include "operations/outcome/FailureSummary.h"
 
 namespace larkspur::cli {
 
@@ -24,12 +23,14 @@ QString outcomeLine(const OperationRun &run) {
     case OperationOutcome::Failed:
         break;
     }
-    return QStringLiteral("Failed: %1.").arg(run.title());
+    const QString tally = run.report().packages.size() > 1 ? run.report().tally() : QString();
+    return QStringLiteral("Failed: %1.").arg(run.title()) +
+           (tally.isEmpty() ? QString() : QStringLiteral(" %1.").arg(tally));
 }
 
 /// What the output of a failed operation comes down to, and what to do about it.
 void printReason(const Terminal &terminal, const OperationRun &run) {
-    const FailureSummary summary = summarizeFailure(run.request(), run.transcript().lines());
+    const FailureSummary summary = run.failureSummary();
     for (const QString &text : {summary.text, summary.suggestion, summary.commandToCopy})
         if (!text.isEmpty())
             terminal.error(text);
@@ -57,13 +58,14 @@ Task<ExitStatus> runOperation(CommandContext context, OperationRequest request, 
         if (run->state() == OperationRun::State::AskingForPassword)
             output->clearBar();
         else if (run->isStopping())
-            output->showNote(QStringLiteral("Stopping; Homebrew gets a moment to clean up…"));
+            output->showNote(QStringLiteral("Stopping; what has begun is put right (Ctrl-C again: later)…"));
         else if (run->silence() > std::chrono::seconds(0))
             output->showNote(QStringLiteral("Nothing has come from Homebrew for %1 s; Ctrl-C stops it.")
                                  .arg(run->silence().count()));
     });
     QObject::connect(run, &OperationRun::finished, run, [ended]() mutable { ended.complete(true); });
     const std::stop_callback onStop(context.stop, [run] { run->stop(); });
+    const std::stop_callback onInsisting(context.insist, [run] { run->stopRepair(); });
     center.start(run);
     co_await ended;
     output->clearBar();

@@ -28,11 +28,25 @@ void PasswordPrompt::onChanged() {
     m_tasks.spawn(QStringLiteral("The password prompt"), ask());
 }
 
+/// What stands above the question.
+QString PasswordPrompt::explanation() const {
+    const PasswordRequest request = m_auth.request();
+    QString text = QStringLiteral("\nAdministrator Password Required\n") + request.reason + QLatin1Char('\n');
+    const auto add = [&text](const QString &name, const QString &value) {
+        if (!value.isEmpty())
+            text += QStringLiteral("  %1  ").arg(name, -7) + value + QLatin1Char('\n');
+    };
+    add(QStringLiteral("Package"), request.package);
+    add(QStringLiteral("Command"), request.command);
+    add(QStringLiteral("Output"), request.trigger);
+    text += m_auth.note() + QLatin1Char('\n');
+    if (const QString warning = warningOf(request); !warning.isEmpty())
+        text += QStringLiteral("Warning: ") + warning + QLatin1Char('\n');
+    return text;
+}
+
 Task<> PasswordPrompt::ask() {
-    const QString above = m_auth.error().isEmpty()
-                              ? QStringLiteral("\nAdministrator Password Required\n%1\n%2\n")
-                                    .arg(m_auth.reason(), m_auth.note())
-                              : m_auth.error() + QLatin1Char('\n');
+    const QString above = m_auth.error().isEmpty() ? explanation() : m_auth.error() + QLatin1Char('\n');
     std::optional<QString> line = co_await ControllingTerminal::readLine(
         above + QStringLiteral("Password (empty to cancel): "), ControllingTerminal::Echo::Off, m_stop);
     m_isAsking = false;

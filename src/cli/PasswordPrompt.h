@@ -22,6 +22,7 @@ class PasswordPrompt : public QObject {
 
   private:
     void onChanged();
+    QString explanation() const;
     Task<> ask();
 
     SudoAuth &m_auth;

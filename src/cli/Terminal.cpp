@@ -1,6 +1,7 @@
 #include "cli/Terminal.h"
 
 #include "core/errors/AppError.h"
+#include "core/output/TerminalSafeText.h"
 
 #include <QJsonDocument>
 
@@ -8,15 +9,20 @@
 #include <cstdio>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace larkspur::cli {
 
 namespace {
 
-void print(std::FILE *stream, const QString &text) {
+void printUnfiltered(std::FILE *stream, const QString &text) {
     const QByteArray bytes = text.toUtf8();
     std::fwrite(bytes.constData(), 1, static_cast<std::size_t>(bytes.size()), stream);
     std::fflush(stream);
+}
+
+void print(std::FILE *stream, const QString &text) {
+    printUnfiltered(stream, safeForTerminal(text));
 }
 
 } // namespace
@@ -34,8 +40,12 @@ void Terminal::line(const QString &text) const {
     print(stdout, text + QLatin1Char('\n'));
 }
 
-void Terminal::raw(const QString &text) const {
+void Terminal::text(const QString &text) const {
     print(stdout, text);
+}
+
+void Terminal::unfilteredSequence(const QString &sequence) const {
+    printUnfiltered(stdout, sequence);
 }
 
 void Terminal::error(const QString &text) const {
@@ -50,30 +60,34 @@ void Terminal::error(const BrewError &failure) const {
 }
 
 void Terminal::json(const QJsonObject &object) const {
-    raw(QString::fromUtf8(QJsonDocument(object).toJson()));
+    printUnfiltered(stdout, safeJsonForTerminal(QString::fromUtf8(QJsonDocument(object).toJson())));
 }
 
 void Terminal::json(const QJsonArray &array) const {
-    raw(QString::fromUtf8(QJsonDocument(array).toJson()));
+    printUnfiltered(stdout, safeJsonForTerminal(QString::fromUtf8(QJsonDocument(array).toJson())));
 }
 
-void Terminal::table(const QList<QStringList> &rows) const {
+void Terminal::table(const QList<QStringList> &cells) const {
+    QList<QStringList> rows = cells;
+    for (QStringList &row : rows)
+        for (QString &cell : row)
+            cell = safeForTerminalLine(cell);
     QList<qsizetype> widths;
-    for (const QStringList &row : rows)
+    for (const QStringList &row : std::as_const(rows))
         for (qsizetype i = 0; i < row.size(); ++i) {
             if (widths.size() <= i)
                 widths.append(0);
             widths[i] = std::max(widths[i], row[i].size());
         }
-    for (const QStringList &row : rows) {
-        QString text;
+    for (const QStringList &row : std::as_const(rows)) {
+        QString whole;
         for (qsizetype i = 0; i < row.size(); ++i)
-            text += i + 1 < row.size() ? row[i].leftJustified(widths[i] + 2) : row[i];
-        if (m_isInteractive && text.size() > width())
-            text = text.left(width() - 1) + QStringLiteral("…");
-        while (text.endsWith(QLatin1Char(' ')))
-            text.chop(1);
-        line(text);
+            whole += i + 1 < row.size() ? row[i].leftJustified(widths[i] + 2) : row[i];
+        if (m_isInteractive && whole.size() > width())
+            whole = whole.left(width() - 1) + QStringLiteral("…");
+        while (whole.endsWith(QLatin1Char(' ')))
+            whole.chop(1);
+        line(whole);
     }
 }
 

@@ -44,6 +44,7 @@ class CommandLineTest : public QObject {
                 QVERIFY2(shape.synopsis.contains(option), qPrintable(shape.name + " " + option));
         }
         QVERIFY(names.contains("upgrade"));
+        QVERIFY(registry.help(*registry.find("deps")).contains("(see above)"));
     }
 
     void nearestCommand_data() {

@@ -8,11 +8,11 @@ namespace {
 
 void printBranches(const Terminal &terminal, const DependencyNode &node, const QString &indent) {
     for (qsizetype i = 0; i < node.children.size(); ++i) {
+        const DependencyNode &child = node.children[i];
         const bool isLast = i + 1 == node.children.size();
-        terminal.line(indent + (isLast ? QStringLiteral("└── ") : QStringLiteral("├── ")) +
-                      node.children[i].id);
-        printBranches(terminal, node.children[i],
-                      indent + (isLast ? QStringLiteral("    ") : QStringLiteral("│   ")));
+        terminal.line(indent + (isLast ? QStringLiteral("└── ") : QStringLiteral("├── ")) + child.formula.id +
+                      (child.isRepeat ? QStringLiteral(" (see above)") : QString()));
+        printBranches(terminal, child, indent + (isLast ? QStringLiteral("    ") : QStringLiteral("│   ")));
     }
 }
 
@@ -20,9 +20,12 @@ QJsonObject nodeJson(const DependencyNode &node) {
     QJsonArray children;
     for (const DependencyNode &child : node.children)
         children.append(nodeJson(child));
-    return {{QStringLiteral("id"), node.id},
-            {QStringLiteral("name"), node.name},
-            {QStringLiteral("children"), children}};
+    QJsonObject json{{QStringLiteral("id"), node.formula.id},
+                     {QStringLiteral("name"), node.formula.name},
+                     {QStringLiteral("children"), children}};
+    if (node.isRepeat)
+        json.insert(QStringLiteral("repeated"), true);
+    return json;
 }
 
 class DepsCommand final : public Command {
@@ -31,6 +34,10 @@ class DepsCommand final : public Command {
         return {.name = QStringLiteral("deps"),
                 .synopsis = QStringLiteral("NAME [--json]"),
                 .summary = QStringLiteral("Shows what a formula needs, as a tree, and who needs it."),
+                .details =
+                    QStringLiteral("What a formula of the tree needs is shown where it comes first. Further "
+                                   "on it is marked\n\"(see above)\"; with --json its children are empty "
+                                   "and \"repeated\" is true."),
                 .options = {QStringLiteral("--json")},
                 .fewestNames = 1,
                 .mostNames = 1};
@@ -55,7 +62,7 @@ class DepsCommand final : public Command {
                                    {QStringLiteral("dependents"), QJsonArray::fromStringList(dependents)}});
             co_return ExitStatus::Done;
         }
-        context.terminal.line(tree.id);
+        context.terminal.line(tree.formula.id);
         printBranches(context.terminal, tree, {});
         if (!dependents.isEmpty())
             context.terminal.line(QStringLiteral("\nNeeded by ") + dependents.join(QStringLiteral(", ")));

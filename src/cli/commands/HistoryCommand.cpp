@@ -31,7 +31,10 @@ class HistoryCommand final : public Command {
             context.terminal.line(QStringLiteral("Nothing has happened yet."));
         else
             context.terminal.table(rows);
-        co_return ExitStatus::Done;
+        const QString damage = context.larkspur.userData().historyDamage();
+        if (!damage.isEmpty())
+            context.terminal.error(QStringLiteral("Warning: ") + damage);
+        co_return damage.isEmpty() ? ExitStatus::Done : ExitStatus::DoneWithWarnings;
     }
 };
 

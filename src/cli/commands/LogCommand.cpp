@@ -1,7 +1,6 @@
 #include "app/Larkspur.h"
 #include "cli/commands/Commands.h"
-
-#include <QFile>
+#include "core/files/WholeFile.h"
 
 namespace larkspur::cli {
 
@@ -22,12 +21,18 @@ class LogCommand final : public Command {
             context.terminal.line(logger.filePath());
             co_return ExitStatus::Done;
         }
+        constexpr qint64 largest = 16 * Logger::maxBytes; // a line may be long
+        ExitStatus status = ExitStatus::Done;
         for (const QString &path : {logger.previousFilePath(), logger.filePath()}) {
-            QFile file(path);
-            if (file.open(QIODevice::ReadOnly))
-                context.terminal.raw(QString::fromUtf8(file.readAll()));
+            const auto text = readWholeFile(path, largest);
+            if (text)
+                context.terminal.text(QString::fromUtf8(*text));
+            else if (!text.error().isMissing) {
+                context.terminal.error(text.error().reason);
+                status = ExitStatus::Failed;
+            }
         }
-        co_return ExitStatus::Done;
+        co_return status;
     }
 };
 

@@ -85,6 +85,14 @@ class UpgradeCommand final : public Command {
             context.terminal.error(QStringLiteral("name the packages to upgrade, or say --all"));
             co_return ExitStatus::WrongUsage;
         }
+        const QString damage = context.larkspur.userData().snoozedDamage();
+        if (arguments.has("--all") && !damage.isEmpty()) {
+            context.terminal.error(
+                QStringLiteral("The list of snoozed packages is damaged, so not all can be "
+                               "upgraded: name the packages instead. ") +
+                damage);
+            co_return ExitStatus::Failed;
+        }
         const auto outdated = co_await context.larkspur.queries().outdated(context.stop);
         if (!outdated) {
             context.terminal.error(outdated.error());
@@ -109,7 +117,7 @@ class UpgradeCommand final : public Command {
     /// for packages that are named.
     static Task<> addInstalledVersions(OperationRequest *request, CommandContext context) {
         for (PackageTarget &package : request->packages) {
-            if (!package.latestVersion.isEmpty() || !isValidPackageName(package.name))
+            if (!package.latestVersion.isEmpty() || !PackageName::parse(package.name))
                 continue;
             const QString version = co_await installedVersion(package, context);
             package.installedVersion = version;

@@ -1,5 +1,5 @@
 #include "app/Larkspur.h"
-#include "cli/ControllingTerminal.h"
+#include "cli/Agreement.h"
 #include "cli/OperationRunner.h"
 #include "cli/commands/Commands.h"
 
@@ -39,6 +39,16 @@ void printDiff(const Terminal &terminal, const SnapshotDiff &diff) {
         terminal.line(QStringLiteral("~ %1 -> %2").arg(entryText(change.entry), change.currentVersion));
 }
 
+void printRefusals(const Terminal &terminal, const QStringList &refusals) {
+    for (const QString &refusal : refusals)
+        terminal.error(refusal);
+}
+
+/// How something ends that stands on a restore point of which entries were left out or not.
+ExitStatus statusOf(const Snapshot &snapshot) {
+    return snapshot.refused.isEmpty() ? ExitStatus::Done : ExitStatus::DoneWithWarnings;
+}
+
 void printPlan(const Terminal &terminal, const RestorePlan &plan, const RestoreOrder &order) {
     for (const QString &tap : plan.missingTaps)
         terminal.line(QStringLiteral("  tap ") + tap);
@@ -47,6 +57,8 @@ void printPlan(const Terminal &terminal, const RestorePlan &plan, const RestoreO
     for (const SnapshotEntry &entry : plan.added)
         terminal.line((order.removesAdded ? QStringLiteral("  uninstall ") : QStringLiteral("  leave ")) +
                       entryText(entry));
+    for (const SnapshotEntry &entry : plan.kept)
+        terminal.line(QStringLiteral("  leave ") + entryText(entry));
     for (const SnapshotVersionChange &change : plan.rollable)
         terminal.line(
             QStringLiteral("  %1 %2 -> %3")
@@ -55,15 +67,7 @@ void printPlan(const Terminal &terminal, const RestorePlan &plan, const RestoreO
                      change.entry.version));
     for (const SnapshotVersionChange &change : plan.notRollable)
         terminal.line(QStringLiteral("  no saved copy of ") + entryText(change.entry));
-}
-
-/// Asks on an interactive terminal; a script means what it says.
-Task<bool> agrees(CommandContext context, QString question, bool isAgreed) {
-    if (isAgreed || !context.terminal.isInteractive() || !ControllingTerminal::exists())
-        co_return true;
-    const auto answer = co_await ControllingTerminal::readLine(question + QStringLiteral(" [y/N] "),
-                                                               ControllingTerminal::Echo::On, context.stop);
-    co_return answer && answer->trimmed().startsWith(QLatin1Char('y'), Qt::CaseInsensitive);
+    printRefusals(terminal, plan.refusals);
 }
 
 class SnapshotCommand final : public Command {
@@ -82,6 +86,10 @@ class SnapshotCommand final : public Command {
 
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
         co_await context.larkspur.snapshots().load();
+        if (const QString &failure = context.larkspur.snapshots().failure(); !failure.isEmpty()) {
+            context.terminal.error(QStringLiteral("The restore points cannot be read: ") + failure);
+            co_return ExitStatus::Failed;
+        }
         const QString verb = arguments.names.takeFirst();
         if (verb == QLatin1String("take"))
             co_return co_await take(context, arguments);
@@ -144,7 +152,7 @@ class SnapshotCommand final : public Command {
         else
             context.terminal.table(rows);
         for (const QString &name : manager.unreadable())
-            context.terminal.error(QStringLiteral("%1 is no restore point that can be read").arg(name));
+            context.terminal.error(QStringLiteral("no restore point that can be read: ") + name);
         return manager.unreadable().isEmpty() ? ExitStatus::Done : ExitStatus::DoneWithWarnings;
     }
 
@@ -152,7 +160,8 @@ class SnapshotCommand final : public Command {
                            const Snapshot &snapshot) {
         if (arguments.wantsJson()) {
             context.terminal.json(jsonOf(snapshot));
-            return ExitStatus::Done;
+            printRefusals(context.terminal, snapshot.refusals());
+            return statusOf(snapshot);
         }
         context.terminal.line(
             QStringLiteral("%1  %2  %3")
@@ -163,7 +172,8 @@ class SnapshotCommand final : public Command {
             for (const SnapshotEntry &entry : entries)
                 context.terminal.line(QStringLiteral("  ") + entryText(entry));
         context.terminal.line(QStringLiteral("  taps: ") + snapshot.taps.join(QStringLiteral(", ")));
-        return ExitStatus::Done;
+        printRefusals(context.terminal, snapshot.refusals());
+        return statusOf(snapshot);
     }
 
     static Task<ExitStatus> compare(CommandContext context, CommandArguments arguments, Snapshot older) {
@@ -171,7 +181,12 @@ class SnapshotCommand final : public Command {
         if (arguments.names.size() > 1) {
             if (const Snapshot *other = context.larkspur.snapshots().find(arguments.names[1]))
                 newer = *other;
-        } else if (const auto now = co_await context.larkspur.snapshots().current(context.stop)) {
+        } else {
+            const auto now = co_await context.larkspur.snapshots().current(context.stop);
+            if (!now) {
+                context.terminal.error(now.error());
+                co_return ExitStatus::Failed;
+            }
             newer = *now;
         }
         if (!newer) {
@@ -194,14 +209,17 @@ class SnapshotCommand final : public Command {
             context.terminal.error(now.error());
             co_return ExitStatus::Failed;
         }
+        const RestorePlan plan = planRestore(snapshot, *now, context.larkspur.kegs());
         const RestoreOrder order{.snapshot = snapshot.id,
                                  .removesAdded = arguments.has("--remove-added"),
-                                 .rollsBackVersions = arguments.has("--roll-back")};
-        const RestorePlan plan = planRestore(snapshot, *now, context.larkspur.kegs());
-        if (plan.isEmpty()) {
+                                 .rollsBackVersions = arguments.has("--roll-back"),
+                                 .agreed = agreementTo(plan)};
+        if (plan.changesNothing()) {
             context.terminal.line(QStringLiteral("Nothing to restore"));
-            context.terminal.line(QStringLiteral("Your installed packages already match this snapshot."));
-            co_return ExitStatus::Done;
+            if (plan.isEmpty())
+                context.terminal.line(QStringLiteral("Your installed packages already match this snapshot."));
+            printPlan(context.terminal, plan, order);
+            co_return statusOf(snapshot);
         }
         context.terminal.line(QStringLiteral("Restoring snapshot from %1:").arg(dateOf(snapshot)));
         printPlan(context.terminal, plan, order);
@@ -213,10 +231,11 @@ class SnapshotCommand final : public Command {
     }
 
     static Task<ExitStatus> removeOne(CommandContext context, CommandArguments arguments, Snapshot snapshot) {
-        if (!co_await agrees(context, QStringLiteral("Delete this restore point?"), arguments.has("--yes")))
+        if (!co_await agrees(context, QStringLiteral("Delete this restore point?"), arguments.has("--yes"),
+                             WithoutTerminal::Refuse))
             co_return ExitStatus::Failed;
         const bool isGone = co_await context.larkspur.snapshots().remove({snapshot.id});
-        co_return removed(context, isGone);
+        co_return removed(context, isGone, 1);
     }
 
     static Task<ExitStatus> removeAll(CommandContext context, CommandArguments arguments) {
@@ -226,15 +245,19 @@ class SnapshotCommand final : public Command {
                 "Delete all %1 restore points? This can't be undone. Automatic snapshots will resume "
                 "before your next upgrade.")
                 .arg(manager.snapshots().size());
-        if (!co_await agrees(context, question, arguments.has("--yes")))
+        const auto count = manager.snapshots().size();
+        if (!co_await agrees(context, question, arguments.has("--yes"), WithoutTerminal::Refuse))
             co_return ExitStatus::Failed;
         const bool areGone = co_await manager.removeAll();
-        co_return removed(context, areGone);
+        co_return removed(context, areGone, count);
     }
 
-    static ExitStatus removed(const CommandContext &context, bool isDone) {
+    static ExitStatus removed(const CommandContext &context, bool isDone, qsizetype count) {
         if (!isDone)
             context.terminal.error(QStringLiteral("A restore point could not be deleted."));
+        else
+            context.terminal.line(count == 1 ? QStringLiteral("1 restore point deleted.")
+                                             : QStringLiteral("%1 restore points deleted.").arg(count));
         return isDone ? ExitStatus::Done : ExitStatus::Failed;
     }
 };

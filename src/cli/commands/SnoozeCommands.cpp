@@ -122,7 +122,10 @@ class SnoozedCommand final : public Command {
             context.terminal.line(QStringLiteral("Nothing is snoozed."));
         else
             context.terminal.table(rows);
-        co_return ExitStatus::Done;
+        const QString damage = userData.snoozedDamage();
+        if (!damage.isEmpty())
+            context.terminal.error(QStringLiteral("Warning: ") + damage);
+        co_return damage.isEmpty() ? ExitStatus::Done : ExitStatus::DoneWithWarnings;
     }
 };
 
