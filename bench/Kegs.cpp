@@ -1,6 +1,7 @@
 #include "core/process/ProcessShellExecutor.h"
 #include "core/trees/TreeChanges.h"
 #include "core/trees/TreeCopier.h"
+#include "core/trees/TreeSync.h"
 #include "operations/kegs/KegPreservationManager.h"
 #include "platform/Platform.h"
 #include "tests/support/Await.h"
@@ -32,9 +33,11 @@ struct World {
     ProcessShellExecutor shell{{.askpassScript = QString(), .readLoginShell = false},
                                fixture.preferences,
                                *platform.terminal,
+                               *platform.processes,
                                fixture.logger};
     TreeCopier copier{shell, platform.copyTool};
-    KegPreservationManager kegs{{fixture.preferences, fixture.logger, copier, fixture.path("kegs")}};
+    KegPreservationManager kegs{
+        {fixture.preferences, fixture.logger, copier, *platform.treeSync, fixture.path("kegs")}};
     KegPreservationManager::Keg keg{fixture.path("prefix"), QStringLiteral("big"), QStringLiteral("1.0")};
 
     World() {
@@ -65,7 +68,7 @@ void copy(benchmark::State &state) {
     for (auto _ : state) {
         QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), world.path(), to});
         state.PauseTiming();
-        removeTree(to);
+        (void)removeTree(world.fixture.folder.path(), to);
         state.ResumeTiming();
     }
 }
@@ -74,45 +77,71 @@ BENCHMARK(copy)->Name("Kegs/copy")->Unit(benchmark::kMillisecond)->UseRealTime()
 void preserve(benchmark::State &state) {
     World &world = World::instance();
     for (auto _ : state) {
-        if (!test::await(world.kegs.preserve(world.keg, std::nullopt)))
+        if (!test::await(world.kegs.preserve(world.keg, std::nullopt, {})))
             qFatal("nothing was preserved");
         state.PauseTiming();
-        test::await(world.kegs.remove(world.keg.formula, world.keg.version));
+        (void)test::await(world.kegs.remove(world.keg.formula, world.keg.version));
         state.ResumeTiming();
     }
 }
 BENCHMARK(preserve)->Name("Kegs/preserve")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
+/// What it costs that a copy is on the disk before anybody relies on it: of the whole volume, as here, and
+/// file by file, as where the system has no call for the whole.
+void sync(benchmark::State &state) {
+    World &world = World::instance();
+    const QString to = world.fixture.path("copy");
+    FileByFileSync fileByFile;
+    TreeSync &way = state.range(0) == 0 ? *world.platform.treeSync : fileByFile;
+    for (auto _ : state) {
+        state.PauseTiming();
+        QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), world.path(), to});
+        state.ResumeTiming();
+        if (!way.sync(to))
+            qFatal("the copy cannot be synced");
+        state.PauseTiming();
+        (void)removeTree(world.fixture.folder.path(), to);
+        state.ResumeTiming();
+    }
+}
+BENCHMARK(sync)
+    ->Name("Kegs/sync")
+    ->Arg(0)
+    ->Arg(1)
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(3);
+
 void copyBack(benchmark::State &state) {
     World &world = World::instance();
-    if (!test::await(world.kegs.preserve(world.keg, std::nullopt)))
+    if (!test::await(world.kegs.preserve(world.keg, std::nullopt, {})))
         qFatal("nothing was preserved");
     const QString from = *world.kegs.storedFolder(world.keg.formula, world.keg.version);
     const QString to = world.fixture.path("back");
     for (auto _ : state) {
         QProcess::execute(QStringLiteral("cp"), {QStringLiteral("-a"), from, to});
         state.PauseTiming();
-        removeTree(to);
+        (void)removeTree(world.fixture.folder.path(), to);
         state.ResumeTiming();
     }
-    test::await(world.kegs.remove(world.keg.formula, world.keg.version));
+    (void)test::await(world.kegs.remove(world.keg.formula, world.keg.version));
 }
 BENCHMARK(copyBack)->Name("Kegs/copy-back")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 
 void putBack(benchmark::State &state) {
     World &world = World::instance();
-    if (!test::await(world.kegs.preserve(world.keg, std::nullopt)))
+    if (!test::await(world.kegs.preserve(world.keg, std::nullopt, {})))
         qFatal("nothing was preserved");
     const QString to = world.fixture.path("back");
     for (auto _ : state) {
-        const auto copied = test::await(world.kegs.restoreCopy(world.keg.formula, world.keg.version, to));
+        const auto copied = test::await(world.kegs.restoreCopy(world.keg.formula, world.keg.version, to, {}));
         if (!copied || !*copied)
             qFatal("nothing was put back");
         state.PauseTiming();
-        removeTree(to);
+        (void)removeTree(world.fixture.folder.path(), to);
         state.ResumeTiming();
     }
-    test::await(world.kegs.remove(world.keg.formula, world.keg.version));
+    (void)test::await(world.kegs.remove(world.keg.formula, world.keg.version));
 }
 BENCHMARK(putBack)->Name("Kegs/put-back")->Unit(benchmark::kMillisecond)->UseRealTime()->Iterations(5);
 

@@ -32,9 +32,10 @@ struct World {
     ProcessShellExecutor shell{{.askpassScript = QString(), .readLoginShell = false},
                                fixture.preferences,
                                *platform.terminal,
+                               *platform.processes,
                                fixture.logger};
     BrewPathResolver resolver;
-    OperationLock lock{fixture.path("operation.lock"), fixture.logger};
+    OperationLock lock{fixture.path("operation.lock"), *platform.processes};
     AskpassFiles askpass{fixture.path("askpass.sh"), fixture.path(".secret"), {}};
     BrewService brew{shell, resolver, lock, askpass};
     InventoryQueries queries{brew, fixture.preferences, fixture.logger};

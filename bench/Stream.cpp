@@ -103,7 +103,7 @@ void readLines(benchmark::State &state, RunMode mode) {
     test::Fixture fixture;
     const Platform platform = makePlatform();
     ProcessShellExecutor shell({.askpassScript = QString(), .readLoginShell = false}, fixture.preferences,
-                               *platform.terminal, fixture.logger);
+                               *platform.terminal, *platform.processes, fixture.logger);
     qint64 seen = 0;
     for (auto _ : state) {
         Transcript transcript;

@@ -1,11 +1,13 @@
 #include "app/LaunchOptions.h"
 #include "cli/TerminalProgram.h"
+#include "core/process/StandardStreams.h"
 #include "ui/WindowProgram.h"
 
 #include <cstdio>
 
 int main(int argc, char *argv[]) {
     using namespace larkspur;
+    fillMissingStreams();
     LaunchOptions options = parseLaunchOptions(argc, argv);
     if (options.wantsWindow() && ui::hasDisplay())
         return ui::runWindowProgram(argc, argv, options);

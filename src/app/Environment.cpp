@@ -1,6 +1,7 @@
 #include "app/Environment.h"
 
 #include "core/authorization/SudoPasswordVerifier.h"
+#include "core/settings/FilePreferenceStore.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>
@@ -25,6 +26,16 @@ bool linkBrew(const QString &link) {
         return true;
     QFile::remove(link);
     return QFile::link(sampleBrewExecutable(), link);
+}
+
+/// Making a sample replaces these folders: in a folder that is no sample they are somebody's own.
+bool holdsSomethingElse(const QString &root) {
+    const auto isThere = [&root](const char *name) {
+        const QFileInfo info(root + QLatin1Char('/') + QLatin1String(name));
+        return info.exists() || info.isSymLink();
+    };
+    return !isThere("homebrew/Library/sample") &&
+           (isThere("homebrew") || isThere("Applications") || isThere("data"));
 }
 
 std::expected<void, QString> prepareSample(const QString &prefix, bool fresh) {
@@ -53,11 +64,7 @@ Environment userEnvironment() {
         .copyTool = platform.copyTool,
         .memoryFolder = platform.memoryFolder,
     };
-    environment.preferenceStore = std::move(platform.preferenceStore);
-    environment.terminal = std::move(platform.terminal);
-    environment.passwordVerifier = std::move(platform.passwordVerifier);
-    environment.passwordStore = std::move(platform.passwordStore);
-    environment.memoryProtection = std::move(platform.memoryProtection);
+    environment.platform = std::move(platform);
     return environment;
 }
 
@@ -66,6 +73,9 @@ std::expected<Environment, QString> sampleEnvironment(const QString &folder, boo
     if (!QDir().mkpath(root))
         return std::unexpected(QStringLiteral("The folder %1 cannot be made").arg(root));
     const QString prefix = root + QStringLiteral("/homebrew");
+    if (holdsSomethingElse(root))
+        return std::unexpected(
+            QStringLiteral("%1 holds something else than a sample Homebrew; name another folder").arg(root));
     if (fresh)
         QDir(root + QStringLiteral("/data")).removeRecursively();
     if (const auto prepared = prepareSample(prefix, fresh); !prepared)
@@ -83,14 +93,13 @@ std::expected<Environment, QString> sampleEnvironment(const QString &folder, boo
         .memoryFolder = platform.memoryFolder,
         .titleSuffix = QStringLiteral(" — Sample"),
     };
-    environment.preferenceStore =
-        std::make_unique<QSettings>(root + QStringLiteral("/data/preferences.ini"), QSettings::IniFormat);
-    environment.terminal = std::move(platform.terminal);
+    platform.preferenceStore = std::make_unique<FilePreferenceStore>(root + QStringLiteral("/data"));
     // The sample has a sudo, a password and an account of its own.
-    environment.passwordVerifier =
+    platform.passwordVerifier =
         std::make_unique<SudoPasswordVerifier>(prefix + QStringLiteral("/Library/sample/sudo"));
-    environment.passwordStore = std::make_unique<NullPasswordStore>();
-    environment.memoryProtection = std::move(platform.memoryProtection);
+    platform.passwordStore = std::make_unique<NullPasswordStore>();
+    platform.trash = std::make_unique<FolderTrash>(root + QStringLiteral("/Trash"));
+    environment.platform = std::move(platform);
     return environment;
 }
 

@@ -1,12 +1,7 @@
 #pragma once
 
-#include "core/authorization/MemoryProtection.h"
-#include "core/authorization/PasswordStore.h"
-#include "core/authorization/PasswordVerifier.h"
-#include "core/process/PseudoTerminal.h"
 #include "core/settings/Locations.h"
-
-#include <QSettings>
+#include "platform/Platform.h"
 
 #include <expected>
 #include <memory>
@@ -16,11 +11,7 @@ namespace larkspur {
 /// What the composition is made for: the person's own Homebrew or the sample one.
 struct Environment {
     Locations locations;
-    std::unique_ptr<QSettings> preferenceStore;
-    std::unique_ptr<PseudoTerminal> terminal;
-    std::unique_ptr<PasswordVerifier> passwordVerifier;
-    std::unique_ptr<PasswordStore> passwordStore;
-    std::unique_ptr<MemoryProtection> memoryProtection;
+    Platform platform; ///< its locations have gone into the ones above
 };
 
 /// The person's own Homebrew and files.

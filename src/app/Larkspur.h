@@ -22,13 +22,13 @@
 #include "inventory/refresh/StartupCheck.h"
 #include "inventory/state/InventoryState.h"
 #include "operations/CatalogueUpdate.h"
-#include "operations/CrashRecovery.h"
 #include "operations/OperationCenter.h"
 #include "operations/OperationHistory.h"
 #include "operations/UpgradeSafeguard.h"
 #include "operations/kegs/KegPreservationManager.h"
 #include "operations/kegs/KegRollback.h"
 #include "operations/plan/OperationPlanner.h"
+#include "operations/recovery/Recovery.h"
 #include "operations/snapshots/SnapshotManager.h"
 #include "operations/snapshots/SnapshotRestore.h"
 #include "userdata/UserDataManager.h"
@@ -65,8 +65,9 @@ class Larkspur : public QObject {
     BrewReleaseCheck &releaseCheck() { return m_releaseCheck; }
     TaskScope &tasks() { return m_tasks; }
 
-    /// Puts right what an earlier run of the program left behind when it died. Call it once at the start.
-    void recoverFromCrash();
+    /// Puts right what an earlier run of the program left behind when it died, and tells `output` about it.
+    /// Call it once at the start.
+    Task<> recoverFromCrash(StopToken stop, OutputSinkPtr output, Recovery::Patience patience);
 
     /// Takes over what another Larkspur has written since: a command in a terminal, while the window was
     /// open.
@@ -88,6 +89,7 @@ class Larkspur : public QObject {
 
   private:
     void refreshInBackground(const QString &reason);
+    std::vector<std::unique_ptr<Leftover>> leftovers();
 
     Environment m_environment;
     StopSource m_stop;
@@ -106,7 +108,6 @@ class Larkspur : public QObject {
     OperationHistory m_history;
     InventoryRefresh m_refresh;
     StartupCheck m_startupCheck;
-    CatalogueUpdate m_catalogueUpdate;
     PackageSizes m_packageSizes;
     QNetworkAccessManager m_network;
     LatestBrewRelease m_latestRelease;
@@ -117,12 +118,14 @@ class Larkspur : public QObject {
     TreeCopier m_copier;
     KegPreservationManager m_kegs;
     KegRollback m_rollback;
+    CaskSetting m_casks;
+    Recovery m_recovery;
     SnapshotManager m_snapshots;
     SnapshotRestore m_restore;
     UpgradeSafeguard m_safeguard;
     PackageOperations m_packageOperations;
+    CatalogueUpdate m_catalogueUpdate;
     OperationPlanner m_planner;
-    CrashRecovery m_recovery;
     OperationCenter m_operations;
 };
 

@@ -1,3 +1,4 @@
+#include "tests/support/Await.h"
 #include "tests/support/Fixture.h"
 #include "tests/support/Processes.h"
 #include "tests/support/Program.h"
@@ -20,11 +21,14 @@ class AuthorizationTest : public QObject {
     /// The program under `script`, which gives it a controlling terminal.
     class Session {
       public:
-        Session(Program &program, const QStringList &words) {
+        Session(Program &program, const QStringList &words, const QString &before = "exec ") {
+            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+            environment.insert("XDG_RUNTIME_DIR", runtimeFolder(program));
+            m_process.setProcessEnvironment(environment);
             m_process.setProcessChannelMode(QProcess::MergedChannels);
             // "exec": a shell in between would answer the interrupt with a status of its own.
-            const QString line = QString("exec ") + LARKSPUR_PROGRAM +
-                                 " --sample-folder=" + program.path("") + ' ' + words.join(' ');
+            const QString line =
+                before + LARKSPUR_PROGRAM + " --sample-folder=" + program.path("") + ' ' + words.join(' ');
             m_process.start("script", {"-qec", line, "/dev/null"});
         }
         /// What has come until the text came; fails the test if it never does.
@@ -53,7 +57,18 @@ class AuthorizationTest : public QObject {
             m_all += m_new + m_process.readAll();
             return m_process.exitCode();
         }
-        qint64 id() const { return m_process.processId(); }
+        /// Closes the terminal, as a window is closed.
+        void hangUp() {
+            m_process.kill();
+            m_process.waitForFinished();
+        }
+        /// A folder in memory, or what stands in for one.
+        static QString runtimeFolder(Program &program) {
+            const QString folder = program.path("runtime");
+            QDir().mkpath(folder);
+            QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+            return folder;
+        }
         const QByteArray &all() const { return m_all; }
 
       private:
@@ -79,6 +94,21 @@ class AuthorizationTest : public QObject {
                 found.append(file.fileName());
         }
         return found;
+    }
+    /// The running program, without the shell and the terminal around it.
+    QList<pid_t> programs() const {
+        QList<pid_t> found = processesWith("larkspur --sample-folder=" + m_program->path("").toUtf8());
+        found.removeIf([](pid_t id) { // what keeps its memory to itself does not tell more than its name
+            QFile name(QString("/proc/%1/comm").arg(id));
+            return !name.open(QIODevice::ReadOnly) || name.readAll().trimmed() != "larkspur";
+        });
+        return found;
+    }
+    void hangInThePrivilegedStep() {
+        m_program->replaceBrew(
+            "if [ \"$1\" = upgrade ] && [ -n \"$LARKSPUR_ASKPASS_PASSWORD\" ]; then sleep 60; "
+            "fi\nexec -a " +
+            m_program->brew().toUtf8() + " $REAL \"$@\"\n");
     }
     QString installed(const QString &token) const {
         return QDir(m_program->path("homebrew/Caskroom/" + token))
@@ -134,9 +164,28 @@ class AuthorizationTest : public QObject {
         QCOMPARE(installed("kestrel-vpn"), "1.9.3");
     }
 
+    void aFormulaThatAsksIsWarnedOf() {
+        m_program->replaceBrew(
+            "if [ \"$1\" = install ]; then printf 'sudo: a password is required\\n'; exit 1; "
+            "fi\nexec -a " +
+            m_program->brew().toUtf8() + " $REAL \"$@\"\n");
+        Session session(*m_program, {"install", "dovetail"});
+        QVERIFY2(session.prompt(), session.all());
+        session.type({});
+        QCOMPARE(session.finish(), 1);
+        const QByteArray &all = session.all();
+        for (const char *line :
+             {"\r\n  Package  dovetail\r\n", "\r\n  Command  brew install dovetail\r\n",
+              "\r\n  Output   sudo: a password is required",
+              "\r\nWarning: Homebrew never needs administrator rights to build a formula."})
+            QVERIFY2(all.contains(line), all);
+    }
+
     void cancellingChangesNothing() {
         Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
         QVERIFY(session.prompt());
+        QVERIFY(session.all().contains("\r\n  Command  brew upgrade --cask granite-vault\r\n"));
+        QVERIFY(!session.all().contains("Homebrew never needs"));
         session.type({});
         QCOMPARE(session.finish(), 1);
         QVERIFY(session.all().contains("was cancelled. No changes were made."));
@@ -144,12 +193,26 @@ class AuthorizationTest : public QObject {
         QCOMPARE(installed("granite-vault"), "4.1");
     }
 
+    void interruptingThePrompt_data() {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("Ctrl-C") << 0;
+        QTest::newRow("terminate") << SIGTERM;
+        QTest::newRow("hang up") << SIGHUP;
+    }
     void interruptingThePrompt() {
-        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        QFETCH(int, signal);
+        // A shell beside it, which outlives the interrupt and looks at the terminal afterwards.
+        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault; echo status $?; stty -a"},
+                        "trap : INT; ");
         QVERIFY(session.prompt());
-        session.press("\x03");
-        QCOMPARE(session.finish(), 1);
+        if (!signal)
+            session.press("\x03");
+        for (const pid_t id : signal ? programs() : QList<pid_t>())
+            ::kill(id, signal);
+        session.finish();
         QVERIFY2(session.all().contains("Stopped: Upgrading granite-vault."), session.all());
+        QVERIFY2(session.all().contains("status 1"), session.all());
+        QVERIFY2(session.all().contains(" echo ") && !session.all().contains(" -echo "), session.all());
     }
 
     void withoutATerminalItSaysWhatToDo() {
@@ -162,17 +225,39 @@ class AuthorizationTest : public QObject {
         QVERIFY(outcome.output.contains("was cancelled"));
     }
 
-    void aSecretOfADeadRunIsSweptAtTheNextStart() {
-        // Brew hangs in its privileged step; the program dies.
-        m_program->replaceBrew(
-            "if [ \"$1\" = upgrade ] && [ -n \"$LARKSPUR_ASKPASS_PASSWORD\" ]; then sleep 60; "
-            "fi\nexec -a " +
-            m_program->brew().toUtf8() + " $REAL \"$@\"\n");
+    void theProgramIsAskedToEndWhileBrewHasThePassword_data() {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("the terminal is closed") << 0;
+        QTest::newRow("hang up") << SIGHUP;
+        QTest::newRow("terminate") << SIGTERM;
+    }
+    void theProgramIsAskedToEndWhileBrewHasThePassword() {
+        QFETCH(int, signal);
+        hangInThePrivilegedStep();
         Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
         QVERIFY(session.prompt());
         session.type("sesame");
         const QString secret = m_program->path("data/.askpass-secret");
-        QTRY_VERIFY(QFileInfo(secret).isSymLink() || QFile::exists(secret));
+        const QDir runtime(Session::runtimeFolder(*m_program));
+        EVENTUALLY(QFileInfo(secret).isSymLink() && !runtime.isEmpty());
+        for (const pid_t id : signal ? programs() : QList<pid_t>())
+            ::kill(id, signal);
+        if (!signal)
+            session.hangUp();
+        QTRY_COMPARE_WITH_TIMEOUT(programs(), QList<pid_t>(), 30'000);
+        QVERIFY(!QFileInfo(secret).isSymLink() && !QFile::exists(secret));
+        QVERIFY(runtime.isEmpty());
+        QCOMPARE(processesWith(m_program->brew().toUtf8()), QList<pid_t>());
+        QVERIFY(!QFile::exists(m_program->path("data/operation.lock")));
+    }
+
+    void aSecretOfADeadRunIsSweptAtTheNextStart() {
+        hangInThePrivilegedStep(); // and the program dies
+        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        QVERIFY(session.prompt());
+        session.type("sesame");
+        const QString secret = m_program->path("data/.askpass-secret");
+        EVENTUALLY(QFileInfo(secret).isSymLink() || QFile::exists(secret));
         killProcessesWith("larkspur --sample-folder=" + m_program->path("").toUtf8());
         session.finish();
         QVERIFY(QFileInfo(secret).isSymLink() || QFile::exists(secret));

@@ -1,3 +1,4 @@
+#include "tests/support/Fixture.h"
 #include "tests/support/Processes.h"
 #include "tests/support/Program.h"
 
@@ -70,6 +71,7 @@ class FaultsTest : public QObject {
         QTest::addColumn<int>("signal");
         QTest::newRow("Ctrl-C") << SIGINT;
         QTest::newRow("terminate") << SIGTERM;
+        QTest::newRow("hang up") << SIGHUP;
     }
     void interruptStopsABrewThatListensToNothing() {
         QFETCH(int, signal);
@@ -84,6 +86,50 @@ class FaultsTest : public QObject {
         // Nothing is left behind, and the next operation can run.
         QCOMPARE(processesWith(m_program->brew().toUtf8()), QList<pid_t>());
         QCOMPARE(m_program->run({"install", "dovetail"}).status, 0);
+    }
+
+    void whatTheProgramWasStartedToIgnoreItIgnores() {
+        misbehave("echo begun; sleep 1; exit 1");
+        QProcess process;
+        process.start("sh", {"-c", "trap '' HUP; exec " LARKSPUR_PROGRAM " --sample-folder=" +
+                                       m_program->path("") + " upgrade heron"});
+        QVERIFY(waitForText(process, "begun"));
+        ::kill(static_cast<pid_t>(process.processId()), SIGHUP);
+        const auto outcome = Program::finish(process);
+        QVERIFY2(outcome.errors.contains("Failed: Upgrading heron."), qPrintable(outcome.errors));
+    }
+
+    void anOutputThatTakesNothingStopsTheOperation_data() {
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QString>("says");
+        QTest::newRow("a reader that has seen enough") << "| head -1" << "";
+        QTest::newRow("a full disk") << "> /dev/full" << "larkspur: The output cannot be written.";
+        QTest::newRow("none") << ">&-" << "larkspur: The output cannot be written.";
+    }
+    void anOutputThatTakesNothingStopsTheOperation() {
+        QFETCH(QString, output);
+        QFETCH(QString, says);
+        if (output.contains("/dev/full") && !QFile::exists("/dev/full"))
+            QSKIP("this system has no /dev/full");
+        misbehave("echo one; sleep 0.5; echo two; echo three; sleep 100");
+        QProcess process;
+        process.start("bash", {"-o", "pipefail", "-c",
+                               LARKSPUR_PROGRAM " --sample-folder=" + m_program->path("") +
+                                   " upgrade --yes heron " + output});
+        const auto outcome = Program::finish(process);
+        QCOMPARE(outcome.status, 1);
+        QVERIFY2(outcome.errors.contains("Stopped: Upgrading heron."), qPrintable(outcome.errors));
+        QCOMPARE(outcome.errors.contains("output cannot be written"), !says.isEmpty());
+        QCOMPARE(processesWith(m_program->brew().toUtf8()), QList<pid_t>());
+        QVERIFY(!QFile::exists(m_program->path("data/operation.lock")));
+        QVERIFY(!Fixture::read(m_program->path("data/Logs/larkspur.log")).contains("\none\n"));
+    }
+
+    void aListThatCannotBePrintedFails() {
+        QProcess process;
+        process.start("bash",
+                      {"-c", LARKSPUR_PROGRAM " --sample-folder=" + m_program->path("") + " list >&-"});
+        QCOMPARE(Program::finish(process).status, 1);
     }
 
     void answersAreCut() {
@@ -105,13 +151,69 @@ class FaultsTest : public QObject {
         QCOMPARE(m_program->run({"status"}).status, 0);
     }
 
+    void damagedPreferencesAreSaidAndCostNothing() {
+        const QString path = m_program->path("data/preferences.json");
+        Fixture::write(path, "{\"snapshotRetentionLimit\": 0,");
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(m_program->run({"list"}).errors.contains("Warning: The preferences cannot be read: "));
+        QCOMPARE(Fixture::read(path), "{\"snapshotRetentionLimit\": 0,"); // only looked at
+    }
+
+    void aDamagedListOfWhatIsSnoozedUpgradesNothing() {
+        Fixture::write(m_program->path("data/snoozed_packages.json"), "[{\"packageName\": \"heron\"}]");
+        const auto refused = m_program->run({"upgrade", "--all", "--yes"});
+        QCOMPARE(refused.status, 1);
+        QVERIFY(refused.errors.contains("1 of the entries in "));
+        const auto list = m_program->run({"snoozed"});
+        QCOMPARE(list.status, 3);
+        QVERIFY(list.errors.contains("1 of the entries in "));
+        QCOMPARE(m_program->run({"history"}).status, 0);
+    }
+
+    void ownFoldersThatAreAwayAreNotEmpty_data() {
+        QTest::addColumn<QString>("words");
+        QTest::addColumn<QString>("folder");
+        QTest::newRow("list") << "snapshot list" << "Snapshots";
+        QTest::newRow("delete") << "snapshot delete --all --yes" << "Snapshots";
+        QTest::newRow("kegs") << "kegs list" << "PreservedKegs";
+    }
+    void ownFoldersThatAreAwayAreNotEmpty() {
+        QFETCH(QString, words);
+        QFETCH(QString, folder);
+        const QString path = m_program->path("data/" + folder);
+        QDir(path).removeRecursively();
+        QVERIFY(QFile::link("/nowhere", path));
+        const auto outcome = m_program->run(words.split(' '));
+        QCOMPARE(outcome.status, 1);
+        QVERIFY2(outcome.errors.contains(path + " cannot be read: "), qPrintable(outcome.errors));
+    }
+
     void theDataFolderCannotBeWritten() {
         QDir(m_program->path("data")).removeRecursively();
         QFile file(m_program->path("data"));
         QVERIFY(file.open(QIODevice::WriteOnly)); // a file in its place: not even root can write below
         file.close();
         QCOMPARE(m_program->run({"status"}).status, 0);
-        QCOMPARE(m_program->run({"install", "dovetail"}).status, 0);
+        // Without the lock two programs could change things at once: nothing is begun.
+        const auto refused = m_program->run({"install", "dovetail"});
+        QCOMPARE(refused.status, 1);
+        QVERIFY2(refused.output.contains("The operation lock cannot be taken."), qPrintable(refused.output));
+        QVERIFY(!QFile::exists(m_program->path("homebrew/Cellar/dovetail")));
+    }
+
+    void aFolderThatIsNoSampleIsLeftAlone() {
+        QTemporaryDir mine;
+        QDir().mkpath(mine.filePath("data/letters"));
+        QDir().mkpath(mine.filePath("Applications/mine.app"));
+        for (const QStringList &words : {QStringList{"status"}, QStringList{"--fresh", "status"}}) {
+            QProcess process;
+            process.start(LARKSPUR_PROGRAM, QStringList{"--sample-folder=" + mine.path()} + words);
+            const auto outcome = Program::finish(process);
+            QCOMPARE(outcome.status, 1);
+            QVERIFY(outcome.errors.contains("holds something else"));
+        }
+        QVERIFY(QDir(mine.filePath("data/letters")).exists() &&
+                QDir(mine.filePath("Applications/mine.app")).exists());
     }
 
     void theSampleCannotBeMade() {

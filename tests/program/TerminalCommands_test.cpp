@@ -63,6 +63,33 @@ class TerminalCommandsTest : public QObject {
                 1'000'000);
     }
 
+    void aTreeOfManyWaysStaysShort() {
+        QJsonArray formulae;
+        for (int layer = 0; layer <= 20; ++layer)
+            for (const char *name : {"a", "b"}) {
+                const QString next = QString::number(layer + 1);
+                const QJsonArray needs = layer < 20 ? QJsonArray{"a" + next, "b" + next} : QJsonArray();
+                formulae.append(QJsonObject{{"name", name + QString::number(layer)},
+                                            {"full_name", name + QString::number(layer)},
+                                            {"dependencies", needs},
+                                            {"installed", QJsonArray{QJsonObject{{"version", "1"}}}}});
+            }
+        Program layers;
+        QCOMPARE(layers.run({"status"}).status, 0);
+        QFile answer(layers.path("answer.json"));
+        QVERIFY(answer.open(QIODevice::WriteOnly));
+        answer.write(QJsonDocument(QJsonObject{{"formulae", formulae}, {"casks", QJsonArray()}}).toJson());
+        answer.close();
+        layers.replaceBrew("[ \"$1\" = info ] && exec cat " + answer.fileName().toUtf8() +
+                           "\nexec \"$REAL\" \"$@\"\n");
+        const QString text = layers.run({"deps", "a0"}).output;
+        QCOMPARE(text.count('\n'), 1 + 2 * 20 + 2 * 19);
+        QVERIFY2(text.contains("├── a20\n") && text.contains("├── a19 (see above)\n"), qPrintable(text));
+        const QByteArray json = layers.run({"deps", "a0", "--json"}).json().toJson(QJsonDocument::Compact);
+        QCOMPARE(json.count("\"repeated\":true"), 2 * 18);
+        QCOMPARE(json.count("\"id\":"), 1 + 2 * 20 + 2 * 19);
+    }
+
     void changesPackages() {
         QCOMPARE(m_program.run({"install", "dovetail"}).status, 0);
         QVERIFY(QFile::exists(m_program.path("homebrew/bin/dovetail")));

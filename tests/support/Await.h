@@ -11,6 +11,10 @@
 #include <memory>
 #include <optional>
 
+/// As Qt's macros of this kind, with time enough for a machine that is busy with other things.
+#define EVENTUALLY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, 60'000)
+#define EVENTUALLY_EQUAL(actual, expected) QTRY_COMPARE_WITH_TIMEOUT(actual, expected, 60'000)
+
 namespace larkspur::test {
 
 using namespace std::chrono_literals;
@@ -27,7 +31,7 @@ inline Task<> keepEnd(Task<> task, std::shared_ptr<bool> ended) {
 
 /// Runs the event loop until the condition holds; false after the time limit.
 template <typename Condition>
-bool spinUntil(Condition condition, std::chrono::milliseconds limit = 20s) {
+bool spinUntil(Condition condition, std::chrono::milliseconds limit = 60s) {
     QElapsedTimer clock;
     clock.start();
     QTimer tick; // a condition may come true without any event
@@ -41,7 +45,7 @@ bool spinUntil(Condition condition, std::chrono::milliseconds limit = 20s) {
 
 /// The value of a task, which must come within the time limit.
 template <typename T>
-T await(Task<T> task, std::chrono::milliseconds limit = 60s) {
+T await(Task<T> task, std::chrono::milliseconds limit = 120s) {
     const auto value = std::make_shared<std::optional<T>>();
     [[maybe_unused]] const auto keeping = keep(std::move(task), value);
     if (!spinUntil([&] { return value->has_value(); }, limit))
@@ -49,7 +53,7 @@ T await(Task<T> task, std::chrono::milliseconds limit = 60s) {
     return std::move(**value);
 }
 
-inline void await(Task<> task, std::chrono::milliseconds limit = 60s) {
+inline void await(Task<> task, std::chrono::milliseconds limit = 120s) {
     const auto ended = std::make_shared<bool>(false);
     [[maybe_unused]] const auto keeping = keepEnd(std::move(task), ended);
     if (!spinUntil([&] { return *ended; }, limit))

@@ -4,6 +4,7 @@
 #include "core/brew/BrewPathResolver.h"
 #include "core/brew/BrewService.h"
 #include "core/lock/OperationLock.h"
+#include "core/process/ProcessTable.h"
 #include "tests/support/Await.h"
 #include "tests/support/FakeShellExecutor.h"
 #include "tests/support/Fixture.h"
@@ -15,6 +16,7 @@ struct BrewWorld : Fixture {
     FakeShellExecutor shell;
     Locations locations;
     BrewPathResolver resolver;
+    NullProcessTable processes;
     OperationLock lock;
     AskpassFiles askpass;
     BrewService brew;
@@ -22,7 +24,7 @@ struct BrewWorld : Fixture {
     BrewWorld()
         : locations(brewIn(path("brew")))
         , resolver(locations, preferences, shell, logger)
-        , lock(path("operation.lock"), logger)
+        , lock(path("operation.lock"), processes)
         , askpass(path("askpass.sh"), path(".secret"), {})
         , brew(shell, resolver, lock, askpass, 77ms) {}
 

@@ -44,7 +44,9 @@ Task<ShellResult> FakeShellExecutor::run(ShellCommand command) {
             onCopy(command.arguments.value(0), command.arguments.value(1));
         co_return result;
     }
-    if (m_heldNames.contains(arguments)) {
+    if (onAny) {
+        answer.output = onAny(command);
+    } else if (m_heldNames.contains(arguments)) {
         Completion<Answer> released;
         m_held[arguments].push_back(released);
         const std::stop_callback onStop(command.stop,

@@ -23,10 +23,14 @@ class FakeShellExecutor final : public ShellExecutor {
                     std::function<void()> effect = {});
     /// The child runs until `release` lets it end.
     void hold(const QString &arguments);
+    bool isHeld(const QString &arguments) const { return !m_held.value(arguments).empty(); }
     void release(const QString &arguments, const QByteArray &output = {}, int exitCode = 0);
 
     /// What a program called "copy" does with its last two words, unless it was told what to answer.
     std::function<void(const QString &, const QString &)> onCopy = {};
+
+    /// What any command prints, whatever is scripted.
+    std::function<QByteArray(const ShellCommand &)> onAny = {};
 
     Task<ShellResult> run(ShellCommand command) override;
 

@@ -3,10 +3,10 @@
 #include "core/log/Logger.h"
 #include "core/output/OutputSink.h"
 #include "core/output/Transcript.h"
+#include "core/settings/FilePreferenceStore.h"
 #include "core/settings/Preferences.h"
 
 #include <QFile>
-#include <QSettings>
 #include <QTemporaryDir>
 
 namespace larkspur::test {
@@ -16,8 +16,7 @@ class Fixture {
   public:
     Fixture()
         : logger(folder.filePath(QStringLiteral("Logs")))
-        , preferences(std::make_unique<QSettings>(folder.filePath(QStringLiteral("preferences.ini")),
-                                                  QSettings::IniFormat)) {}
+        , preferences(std::make_unique<FilePreferenceStore>(folder.path())) {}
 
     QString path(const char *name) const { return folder.filePath(QLatin1String(name)); }
     QString logText() const { return read(logger.filePath()); }

@@ -4,13 +4,22 @@
 #include "core/authorization/MemoryProtection.h"
 #include "core/authorization/StoredPassword.h"
 #include "core/authorization/SudoAuth.h"
+#include "core/files/Trash.h"
 #include "core/trees/TreeCopier.h"
+#include "core/trees/TreeSync.h"
 #include "inventory/queries/InventoryQueries.h"
 #include "operations/OperationHistory.h"
 #include "operations/PackageOperations.h"
 #include "operations/UpgradeSafeguard.h"
+#include "operations/casks/LostApplications.h"
+#include "operations/casks/MovedAsideLeftover.h"
 #include "operations/kegs/KegPreservationManager.h"
 #include "operations/kegs/KegRollback.h"
+#include "operations/oclp/CopyXattrsStub.h"
+#include "operations/package/HeldPin.h"
+#include "operations/recovery/FileLeftovers.h"
+#include "operations/recovery/LostLinks.h"
+#include "operations/recovery/Recovery.h"
 #include "operations/snapshots/SnapshotManager.h"
 #include "operations/snapshots/SnapshotRestore.h"
 #include "tests/support/BrewWorld.h"
@@ -58,6 +67,19 @@ class FakeStore final : public PasswordStore {
     void remove() override { copy.reset(); }
 };
 
+/// Remembers what was brought to the disk; one folder cannot be.
+class RecordingSync final : public TreeSync {
+  public:
+    QStringList synced;
+    QString failsAt;
+
+    std::expected<void, QString> sync(const QString &folder) override {
+        synced.append(folder);
+        return folder == failsAt ? std::unexpected(QString("input/output error"))
+                                 : FileByFileSync().sync(folder);
+    }
+};
+
 /// Package operations on scripted answers and a prefix of real folders.
 struct OperationWorld : BrewWorld {
     FakeVerifier verifier;
@@ -68,14 +90,19 @@ struct OperationWorld : BrewWorld {
     SudoAuth sudoAuth{{verifier, stored, memory, tasks}};
     InventoryQueries queries{brew, preferences, logger};
     TreeCopier copier{shell, {"copy"}};
-    KegPreservationManager kegs{{preferences, logger, copier, path("kegs")}};
-    KegRollback rollback{{kegs, logger, path("rollback.json")}};
+    RecordingSync sync;
+    FolderTrash trash{path("trash")};
+    KegPreservationManager kegs{{preferences, logger, copier, sync, path("kegs")}};
+    KegRollback rollback{{kegs, sync, logger, path("notes")}};
+    CaskSetting casks{
+        .noteFolder = path("notes"), .trash = &trash, .prefix = {}, .applicationFolders = {path("apps")}};
+    Recovery recovery{{brew, resolver, logger}, leftovers()};
     SnapshotManager snapshots{{queries, preferences, logger, path("snapshots")}};
     UserDataManager userData{path("data"), logger};
     OperationHistory history{userData};
     SnapshotRestore restore{{snapshots, kegs, rollback, history}};
     UpgradeSafeguard safeguard{{snapshots, kegs, logger}};
-    PackageOperations operations{{.brew = brew,
+    PackageOperations operations{{.recovery = recovery,
                                   .queries = queries,
                                   .preferences = preferences,
                                   .logger = logger,
@@ -83,8 +110,7 @@ struct OperationWorld : BrewWorld {
                                   .rollback = rollback,
                                   .restore = restore,
                                   .history = history,
-                                  .movedAsideNote = path("moved-aside.json"),
-                                  .heldPinNote = path("held-pin.json")}};
+                                  .casks = casks}};
     std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
 
     OperationWorld() {
@@ -108,8 +134,25 @@ struct OperationWorld : BrewWorld {
         const QString staged = prefix() + "/Caskroom/" + token + '/' + version;
         QDir().mkpath(staged);
         QFile::link(app, staged + '/' + token + ".app");
+        const QString metadata = prefix() + "/Caskroom/" + token + "/.metadata";
+        QDir().mkpath(metadata);
+        write(metadata + "/INSTALL_RECEIPT.json",
+              "{\"uninstall_artifacts\":[{\"app\":[\"" + token.toUtf8() + ".app\"]}]}");
         return app;
     }
+    std::vector<std::unique_ptr<Leftover>> leftovers() {
+        std::vector<std::unique_ptr<Leftover>> all;
+        all.push_back(std::make_unique<SecretLeftover>(askpass));
+        all.push_back(std::make_unique<CopyXattrsLeftover>());
+        all.push_back(std::make_unique<MovedAsideLeftover>(casks));
+        all.push_back(std::make_unique<LostApplicationsLeftover>(casks));
+        all.push_back(std::make_unique<KegStoreLeftover>(kegs));
+        all.push_back(std::make_unique<KegRollback::Leftover>(rollback));
+        all.push_back(std::make_unique<LostLinksLeftover>(path("notes")));
+        all.push_back(std::make_unique<HeldPinLeftover>(path("notes")));
+        return all;
+    }
+    QStringList notes() const { return QDir(path("notes")).entryList(QDir::Files | QDir::Hidden); }
 
     Result<OperationReport> perform(OperationRequest request) {
         return await(operations.perform(std::move(request), {.output = sink, .sudoAuth = &sudoAuth}));

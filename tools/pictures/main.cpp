@@ -60,6 +60,10 @@ void fillWithLongTexts(Inventory &inventory) {
     }
 }
 
+Task<> ask(SudoAuth *auth, PasswordRequest request) {
+    co_await auth->requestPassword(std::move(request));
+}
+
 void showPlan(Larkspur &larkspur, ui::MainWindow &window, const OperationRequest &request) {
     auto *sheet =
         new ui::PlanSheet({larkspur.planner(), larkspur.preferences(), larkspur.tasks()}, request, &window);
@@ -126,6 +130,18 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
                  {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("granite-vault"), true}}});
          }},
         {QStringLiteral("password-cancelled"), 500, [] {}},
+        {QStringLiteral("password-unusual"), 500,
+         [&] {
+             larkspur.tasks().spawn(
+                 QStringLiteral("A question"),
+                 ask(&larkspur.sudoAuth(),
+                     {.reason = QStringLiteral("Larkspur needs your administrator password to finish "
+                                               "installing somebody/tools/helper."),
+                      .package = QStringLiteral("somebody/tools/helper"),
+                      .command = QStringLiteral("brew install somebody/tools/helper"),
+                      .trigger = QStringLiteral("<b>sudo</b>: a password is required ").repeated(20),
+                      .isUnusual = true}));
+         }},
         {QStringLiteral("services-restart"), 5000,
          [&] {
              larkspur.operations().start(

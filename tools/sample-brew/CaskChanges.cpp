@@ -101,15 +101,20 @@ int upgradeCask(Brew &brew, const Cask &cask) {
         return fail(brew, cask, QStringLiteral("It seems the App source '%1' is not there.").arg(app));
     brew.screen.header(QStringLiteral("Backing up App '%1' to '%2/%3/%4/%1'")
                            .arg(cask.app, brew.prefix.caskroom(), cask.token, old));
+    brew.prefix.backUpCask(cask);
+    QString failure = trouble(brew, cask, false);
     if (cask.behaviour == QLatin1String("reverted")) {
         brew.screen.pause(700);
         brew.screen.warning(QStringLiteral("Reverting upgrade for Cask ") + cask.token);
-        return fail(brew, cask, QStringLiteral("The new version does not start."));
+        failure = QStringLiteral("The new version does not start.");
     }
-    if (const QString failure = trouble(brew, cask, false); !failure.isEmpty())
+    if (!failure.isEmpty()) {
+        brew.prefix.restoreBackup(cask);
         return fail(brew, cask, failure);
+    }
     placeCask(brew, cask);
     brew.screen.header(QStringLiteral("Purging files for version %1 of Cask %2").arg(old, cask.token));
+    brew.prefix.purgeBackup(cask);
     brew.screen.line(beer + cask.token + QStringLiteral(" was successfully upgraded!"));
     return 0;
 }

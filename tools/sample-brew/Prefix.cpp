@@ -40,6 +40,23 @@ void replaceLink(const QString &link, const QString &target) {
     QFile::link(QFileInfo(link).dir().relativeFilePath(target), link);
 }
 
+/// What Homebrew adds to the names of the old folders while it installs a new version.
+const QString upgrading = QStringLiteral(".upgrading");
+
+void copyFolder(const QString &from, const QString &to) {
+    QDir().mkpath(to);
+    QDirIterator entries(from, QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                         QDirIterator::Subdirectories);
+    while (entries.hasNext()) {
+        const QString path = entries.next();
+        const QString target = to + path.mid(from.size());
+        if (entries.fileInfo().isDir())
+            QDir().mkpath(target);
+        else if (QDir().mkpath(QFileInfo(target).path()))
+            QFile::copy(path, target);
+    }
+}
+
 QStringList sortedFolders(const QString &path) {
     QStringList names = QDir(path).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     QCollator collator{QLocale(QLocale::English)};
@@ -144,7 +161,7 @@ void Prefix::unlink(const Formula &formula) {
 
 QString Prefix::installedVersion(const Cask &cask) const {
     QStringList versions = sortedFolders(caskroom() + QLatin1Char('/') + cask.token);
-    versions.removeAll(QStringLiteral(".metadata"));
+    versions.removeIf([](const QString &name) { return name.startsWith(u'.') || name.endsWith(upgrading); });
     return versions.isEmpty() ? QString() : versions.last();
 }
 
@@ -158,15 +175,18 @@ QJsonObject Prefix::receipt(const Cask &cask) const {
 }
 
 void Prefix::installCask(const Cask &cask, const QString &version, const QDateTime &when) {
-    const QString contents = appPath(cask) + QStringLiteral("/Contents");
-    QDir(appPath(cask)).removeRecursively();
+    const QString home = caskroom() + QLatin1Char('/') + cask.token;
+    const QString staged = home + QLatin1Char('/') + version;
+    const QString contents = staged + QLatin1Char('/') + cask.app + QStringLiteral("/Contents");
+    QDir(staged).removeRecursively();
+    writeFile(staged + QStringLiteral("/download.data"),
+              payload(cask.token + version, std::min(cask.kilobytes, 10'000)));
     writeFile(contents + QStringLiteral("/Info.plist"), infoPlist(cask, version));
     writeFile(contents + QStringLiteral("/MacOS/") + cask.token, "#!/bin/sh\n", true);
-    const QString home = caskroom() + QLatin1Char('/') + cask.token;
-    QDir(home).removeRecursively();
-    writeFile(home + QLatin1Char('/') + version + QStringLiteral("/download.data"),
-              payload(cask.token + version, std::min(cask.kilobytes, 10'000)));
-    replaceLink(home + QLatin1Char('/') + version + QLatin1Char('/') + cask.app, appPath(cask));
+    writeObject(home + QStringLiteral("/.metadata/") + version +
+                    QStringLiteral("/20261101120000.000/Casks/") + cask.token + QStringLiteral(".json"),
+                {});
+    placeBundle(cask, staged);
     writeObject(home + QStringLiteral("/.metadata/INSTALL_RECEIPT.json"),
                 {{QStringLiteral("homebrew_version"), QStringLiteral("6.0.18")},
                  {QStringLiteral("time"), when.toSecsSinceEpoch()},
@@ -178,6 +198,45 @@ void Prefix::installCask(const Cask &cask, const QString &version, const QDateTi
                 {{QStringLiteral("default"), QJsonObject{{QStringLiteral("appdir"), applications()}}},
                  {QStringLiteral("env"), QJsonObject()},
                  {QStringLiteral("explicit"), QJsonObject()}});
+}
+
+void Prefix::placeBundle(const Cask &cask, const QString &staged) {
+    const QString source = staged + QLatin1Char('/') + cask.app;
+    const QString target = appPath(cask);
+    if (!QDir(target).isEmpty(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot))
+        QDir(target).removeRecursively();
+    QDir().mkpath(target);
+    for (const QString &name : QDir(source).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot))
+        QDir().rename(source + QLatin1Char('/') + name, target + QLatin1Char('/') + name);
+    QDir(source).removeRecursively();
+    replaceLink(source, target);
+}
+
+void Prefix::backUpCask(const Cask &cask) {
+    const QString home = caskroom() + QLatin1Char('/') + cask.token + QLatin1Char('/');
+    const QString version = installedVersion(cask);
+    const QString kept = home + version + QLatin1Char('/') + cask.app;
+    QFile::remove(kept);
+    copyFolder(appPath(cask), kept);
+    for (const QString &name : QDir(appPath(cask)).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+        QDir(appPath(cask) + QLatin1Char('/') + name).removeRecursively();
+    for (const QString &folder : {home + version, home + QStringLiteral(".metadata/") + version})
+        QDir().rename(folder, folder + upgrading);
+}
+
+void Prefix::purgeBackup(const Cask &cask) {
+    const QString home = caskroom() + QLatin1Char('/') + cask.token + QLatin1Char('/');
+    for (const QString &folder : {home, home + QStringLiteral(".metadata/")})
+        for (const QString &name : QDir(folder).entryList({QLatin1Char('*') + upgrading}, QDir::Dirs))
+            QDir(folder + name).removeRecursively();
+}
+
+void Prefix::restoreBackup(const Cask &cask) {
+    const QString home = caskroom() + QLatin1Char('/') + cask.token + QLatin1Char('/');
+    for (const QString &folder : {home, home + QStringLiteral(".metadata/")})
+        for (const QString &name : QDir(folder).entryList({QLatin1Char('*') + upgrading}, QDir::Dirs))
+            QDir().rename(folder + name, folder + name.chopped(upgrading.size()));
+    placeBundle(cask, home + installedVersion(cask));
 }
 
 void Prefix::removeCask(const Cask &cask) {
@@ -241,7 +300,9 @@ bool createPrefix(const Catalogue &catalogue, const QString &path, const QString
     Prefix prefix(path);
     QDir(path).removeRecursively();
     QDir(prefix.applications()).removeRecursively();
-    if (!QDir().mkpath(path + QStringLiteral("/bin")) || !QDir().mkpath(prefix.cellar()) ||
+    // First of all what marks the folder as a sample: one that is half made may be replaced.
+    if (!QDir().mkpath(path + QStringLiteral("/Library/sample")) ||
+        !QDir().mkpath(path + QStringLiteral("/bin")) || !QDir().mkpath(prefix.cellar()) ||
         !QDir().mkpath(prefix.caskroom()))
         return false;
     const QDateTime now = QDateTime::currentDateTimeUtc();
@@ -262,7 +323,6 @@ bool createPrefix(const Catalogue &catalogue, const QString &path, const QString
                 QDir(prefix.appPath(cask)).removeRecursively();
         }
     prefix.setState({{QStringLiteral("services"), services}});
-    QDir().mkpath(path + QStringLiteral("/Library/sample"));
     if (!QFile::link(brewExecutable, path + QStringLiteral("/Library/sample/sudo")))
         return false;
     return QFile::link(brewExecutable,

@@ -36,6 +36,14 @@ class Prefix {
     QJsonObject receipt(const Cask &cask) const;
     void installCask(const Cask &cask, const QString &version, const QDateTime &when);
     void removeCask(const Cask &cask);
+
+    /// The steps of an upgrade, in Homebrew's order. First what is there goes into the Caskroom, the folder
+    /// of the bundle stays, empty;
+    void backUpCask(const Cask &cask);
+    /// then either what was backed up is removed, with the new version in place;
+    void purgeBackup(const Cask &cask);
+    /// or all is as before the upgrade.
+    void restoreBackup(const Cask &cask);
     /// Version that the bundle itself states; empty without a bundle.
     QString bundleVersion(const Cask &cask) const;
 
@@ -51,6 +59,7 @@ class Prefix {
     static QString sizeText(const QString &folder);
 
   private:
+    void placeBundle(const Cask &cask, const QString &staged);
     QString pinPath(const QString &name, bool isCask) const;
 
     QString m_path;
