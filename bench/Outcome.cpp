@@ -30,11 +30,13 @@ void search(benchmark::State &state) {
 BENCHMARK(search)->Name("Outcome/search")->Unit(benchmark::kMillisecond);
 
 void verdict(benchmark::State &state) {
-    const larkspur::OperationRequest request{.kind = larkspur::OperationKind::Upgrade,
-                                             .packages = {{.name = QStringLiteral("heron")}}};
+    const larkspur::PackageResult result{{.name = QStringLiteral("heron")},
+                                         larkspur::PackageEnd::Failed,
+                                         larkspur::Deed::Upgraded,
+                                         transcript()};
     for (auto _ : state) {
         benchmark::DoNotOptimize(larkspur::outcomeOf(transcript()));
-        benchmark::DoNotOptimize(larkspur::summarizeFailure(request, transcript()));
+        benchmark::DoNotOptimize(larkspur::summarizeFailure(result));
     }
 }
 BENCHMARK(verdict)->Name("Outcome/verdict")->Unit(benchmark::kMillisecond);

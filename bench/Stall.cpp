@@ -1,4 +1,5 @@
 #include "app/Larkspur.h"
+#include "operations/packages/UpgradeAll.h"
 #include "tests/support/Await.h"
 #include "tests/support/Fixture.h"
 #include "ui/MainWindow.h"
@@ -38,7 +39,7 @@ void stall(benchmark::State &state) {
     window.show();
     double longest = 0;
     for (auto _ : state) {
-        OperationRun *run = larkspur.operations().start({.kind = OperationKind::UpgradeAll});
+        OperationRun *run = larkspur.operations().start(upgradeOfAll(larkspur.packages(), {}, false));
         window.findChild<ui::OperationPanel *>()->setOutputVisible(true);
         QElapsedTimer beat;
         QTimer heart;

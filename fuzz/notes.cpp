@@ -2,7 +2,7 @@
 #include "core/log/Logger.h"
 #include "operations/casks/LostApplications.h"
 #include "operations/casks/MovedAsideLeftover.h"
-#include "operations/package/HeldPin.h"
+#include "operations/packages/HeldPin.h"
 #include "operations/recovery/LostLinks.h"
 
 #include <QCoreApplication>
@@ -45,7 +45,7 @@ struct World {
                                   .applicationFolders = {QFileInfo(mine).path()}};
         MovedAsideLeftover applications(setting);
         LostApplicationsLeftover upgrades(setting);
-        const RecoveryWork work{.session = nullptr,
+        const LockedWork work{.session = nullptr,
                                 .context = {},
                                 .prefix = folder.filePath(QStringLiteral("prefix")),
                                 .logger = &logger};

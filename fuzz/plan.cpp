@@ -1,4 +1,4 @@
-#include "operations/plan/OperationPlan.h"
+#include "operations/plan/DryRun.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -8,6 +8,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     larkspur::OperationPlan plan;
     larkspur::readDryRun(
         QString::fromUtf8(reinterpret_cast<const char *>(data), static_cast<qsizetype>(size)), plan);
-    larkspur::describePlan({.kind = larkspur::OperationKind::UpgradeAll}, plan);
+    larkspur::describePlan(plan);
     return 0;
 }

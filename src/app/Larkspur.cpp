@@ -3,9 +3,11 @@
 #include "operations/casks/LostApplications.h"
 #include "operations/casks/MovedAsideLeftover.h"
 #include "operations/oclp/CopyXattrsStub.h"
-#include "operations/package/HeldPin.h"
+#include "operations/packages/HeldPin.h"
 #include "operations/recovery/FileLeftovers.h"
 #include "operations/recovery/LostLinks.h"
+
+#include <algorithm>
 
 namespace larkspur {
 
@@ -25,7 +27,6 @@ Larkspur::Larkspur(Environment environment)
     , m_cache(m_environment.locations.cacheFolder(), m_logger)
     , m_enrichment(m_environment.locations.applicationFolders)
     , m_userData(m_environment.locations.dataFolder, m_logger)
-    , m_history(m_userData)
     , m_refresh(m_queries, m_cache, m_enrichment, m_inventory, m_logger)
     , m_startupCheck(m_resolver, m_brew, m_inventory, m_preferences)
     , m_packageSizes(m_shell, m_queries, m_inventory, m_logger)
@@ -55,20 +56,22 @@ Larkspur::Larkspur(Environment environment)
                    .preferences = m_preferences,
                    .logger = m_logger,
                    .folder = m_environment.locations.snapshots()})
-    , m_restore({m_snapshots, m_kegs, m_rollback, m_history})
-    , m_safeguard({m_snapshots, m_kegs, m_logger})
-    , m_packageOperations({.recovery = m_recovery,
-                           .queries = m_queries,
-                           .preferences = m_preferences,
-                           .logger = m_logger,
-                           .safeguard = m_safeguard,
-                           .rollback = m_rollback,
-                           .restore = m_restore,
-                           .history = m_history,
-                           .casks = m_casks})
-    , m_catalogueUpdate(m_recovery, m_startupCheck, m_refresh, m_history)
+    , m_safeguard({m_snapshots, m_kegs})
     , m_planner(m_brew, m_queries)
-    , m_operations(m_packageOperations, m_sudoAuth, m_tasks) {
+    , m_packages({.queries = m_queries,
+                  .preferences = m_preferences,
+                  .planner = m_planner,
+                  .safeguard = m_safeguard,
+                  .kegs = m_kegs,
+                  .rollback = m_rollback,
+                  .snapshots = m_snapshots,
+                  .casks = m_casks})
+    , m_operations({.recovery = m_recovery,
+                    .queries = m_queries,
+                    .sudoAuth = m_sudoAuth,
+                    .tasks = m_tasks,
+                    .logger = m_logger})
+    , m_journal(m_operations, m_userData) {
     if (const auto written = m_askpass.writeScript(); !written)
         m_logger.error(QStringLiteral("[Larkspur] The askpass script: ") + written.error());
     if (const QString damage = m_preferences.damage(); !damage.isEmpty())
@@ -113,8 +116,13 @@ void Larkspur::readFilesAgain() {
 }
 
 void Larkspur::keepInventoryFresh() {
-    connect(&m_operations, &OperationCenter::finished, this, [this] {
+    connect(&m_operations, &OperationCenter::finished, this, [this](const OperationRun *run) {
         m_inventory.update([](Inventory &inventory) { inventory.hasLoadedPackageSizes = false; });
+        const bool isNewer = std::ranges::any_of(run->report().packages, [](const PackageResult &result) {
+            return result.deed == Deed::CatalogueUpdated;
+        });
+        if (isNewer)
+            m_tasks.spawn(QStringLiteral("The reading of Homebrew's version"), readVersion());
         refreshInBackground(QStringLiteral("The refresh after an operation"));
     });
     connect(&m_preferences, &Preferences::changed, this, [this](const QString &key) {
@@ -127,6 +135,10 @@ void Larkspur::keepInventoryFresh() {
 
 void Larkspur::refreshInBackground(const QString &reason) {
     m_tasks.spawn(reason, m_refresh.refresh(stopToken()));
+}
+
+Task<> Larkspur::readVersion() {
+    co_await m_startupCheck.readVersion(stopToken());
 }
 
 void Larkspur::shutDown() {

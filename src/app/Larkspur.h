@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/Environment.h"
+#include "app/OperationJournal.h"
 #include "core/async/TaskScope.h"
 #include "core/authorization/AskpassFiles.h"
 #include "core/authorization/StoredPassword.h"
@@ -21,16 +22,14 @@
 #include "inventory/refresh/PackageSizes.h"
 #include "inventory/refresh/StartupCheck.h"
 #include "inventory/state/InventoryState.h"
-#include "operations/CatalogueUpdate.h"
 #include "operations/OperationCenter.h"
-#include "operations/OperationHistory.h"
-#include "operations/UpgradeSafeguard.h"
 #include "operations/kegs/KegPreservationManager.h"
 #include "operations/kegs/KegRollback.h"
+#include "operations/packages/PackageServices.h"
+#include "operations/packages/UpgradeSafeguard.h"
 #include "operations/plan/OperationPlanner.h"
 #include "operations/recovery/Recovery.h"
 #include "operations/snapshots/SnapshotManager.h"
-#include "operations/snapshots/SnapshotRestore.h"
 #include "userdata/UserDataManager.h"
 
 #include <QNetworkAccessManager>
@@ -54,12 +53,12 @@ class Larkspur : public QObject {
     InventoryRefresh &refresh() { return m_refresh; }
     StartupCheck &startupCheck() { return m_startupCheck; }
     UserDataManager &userData() { return m_userData; }
-    CatalogueUpdate &catalogueUpdate() { return m_catalogueUpdate; }
     PackageSizes &packageSizes() { return m_packageSizes; }
     OperationCenter &operations() { return m_operations; }
     KegPreservationManager &kegs() { return m_kegs; }
     SnapshotManager &snapshots() { return m_snapshots; }
-    OperationPlanner &planner() { return m_planner; }
+    /// What operations on packages are made with.
+    const PackageServices &packages() const { return m_packages; }
     SudoAuth &sudoAuth() { return m_sudoAuth; }
     StoredPassword &storedPassword() { return m_storedPassword; }
     BrewReleaseCheck &releaseCheck() { return m_releaseCheck; }
@@ -89,6 +88,7 @@ class Larkspur : public QObject {
 
   private:
     void refreshInBackground(const QString &reason);
+    Task<> readVersion();
     std::vector<std::unique_ptr<Leftover>> leftovers();
 
     Environment m_environment;
@@ -105,7 +105,6 @@ class Larkspur : public QObject {
     CaskEnrichment m_enrichment;
     InventoryState m_inventory;
     UserDataManager m_userData;
-    OperationHistory m_history;
     InventoryRefresh m_refresh;
     StartupCheck m_startupCheck;
     PackageSizes m_packageSizes;
@@ -121,12 +120,11 @@ class Larkspur : public QObject {
     CaskSetting m_casks;
     Recovery m_recovery;
     SnapshotManager m_snapshots;
-    SnapshotRestore m_restore;
     UpgradeSafeguard m_safeguard;
-    PackageOperations m_packageOperations;
-    CatalogueUpdate m_catalogueUpdate;
     OperationPlanner m_planner;
+    PackageServices m_packages;
     OperationCenter m_operations;
+    OperationJournal m_journal;
 };
 
 } // namespace larkspur

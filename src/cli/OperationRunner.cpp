@@ -12,8 +12,11 @@ namespace {
 QString outcomeLine(const OperationRun &run) {
     if (run.wasCancelled())
         return QStringLiteral("Cancelled: %1.").arg(run.title());
+    const QString tally = run.report().packages.size() > 1
+                              ? QStringLiteral(" %1.").arg(run.report().tally())
+                              : QString();
     if (run.wasStopped())
-        return QStringLiteral("Stopped: %1. The operation may be incomplete.").arg(run.title());
+        return QStringLiteral("Stopped: %1. The operation may be incomplete.").arg(run.title()) + tally;
     switch (run.outcome()) {
     case OperationOutcome::Succeeded:
         return QStringLiteral("Done: %1.").arg(run.title());
@@ -23,9 +26,7 @@ QString outcomeLine(const OperationRun &run) {
     case OperationOutcome::Failed:
         break;
     }
-    const QString tally = run.report().packages.size() > 1 ? run.report().tally() : QString();
-    return QStringLiteral("Failed: %1.").arg(run.title()) +
-           (tally.isEmpty() ? QString() : QStringLiteral(" %1.").arg(tally));
+    return QStringLiteral("Failed: %1.").arg(run.title()) + tally;
 }
 
 /// What the output of a failed operation comes down to, and what to do about it.
@@ -38,8 +39,8 @@ void printReason(const Terminal &terminal, const OperationRun &run) {
 
 } // namespace
 
-Task<ExitStatus> runOperation(CommandContext context, OperationRequest request, bool isAgreed) {
-    if (!co_await mayProceed(context, request, isAgreed)) {
+Task<ExitStatus> runOperation(CommandContext context, OperationPtr operation, bool isAgreed) {
+    if (!co_await mayProceed(context, operation, isAgreed)) {
         context.terminal.error(QStringLiteral("Nothing was changed."));
         co_return ExitStatus::Failed;
     }
@@ -47,7 +48,7 @@ Task<ExitStatus> runOperation(CommandContext context, OperationRequest request, 
                                    context.stop);
     OperationCenter &center = context.larkspur.operations();
     center.setWantsRedraws(context.terminal.isInteractive());
-    OperationRun *run = center.create(std::move(request));
+    OperationRun *run = center.create(std::move(operation));
     const auto output = std::make_shared<LiveOutput>(context.terminal);
     Completion<bool> ended;
     QObject::connect(run, &OperationRun::outputReceived, run, [run, output](const OutputChange &change) {
@@ -75,7 +76,7 @@ Task<ExitStatus> runOperation(CommandContext context, OperationRequest request, 
             printReason(context.terminal, *run);
     } else
         context.terminal.line(outcomeLine(*run));
-    const ExitStatus status = run->failure() ? statusFor(*run->failure()) : statusFor(run->outcome());
+    const ExitStatus status = run->report().failure ? statusFor(*run->report().failure) : statusFor(run->outcome());
     co_return status;
 }
 

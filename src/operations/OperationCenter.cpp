@@ -1,6 +1,8 @@
 #include "operations/OperationCenter.h"
 
 #include "core/authorization/SudoAuth.h"
+#include "inventory/queries/InventoryQueries.h"
+#include "operations/recovery/Recovery.h"
 
 #include <QPointer>
 
@@ -8,43 +10,41 @@
 
 namespace larkspur {
 
-OperationCenter::OperationCenter(PackageOperations &operations, SudoAuth &sudoAuth, TaskScope &scope)
-    : m_operations(operations)
-    , m_sudoAuth(sudoAuth)
-    , m_scope(scope) {
+OperationCenter::OperationCenter(Parts parts)
+    : m_parts(parts) {
     // The prompt belongs to the operation that holds the lock: the oldest of those that have begun.
-    connect(&m_sudoAuth, &SudoAuth::changed, this, [this] {
+    connect(&m_parts.sudoAuth, &SudoAuth::changed, this, [this] {
         for (OperationRun *run : unfinished())
             if (run->state() != OperationRun::State::Queued) {
-                run->notePrompt(m_sudoAuth.isPrompting());
+                run->notePrompt(m_parts.sudoAuth.isPrompting());
                 break;
             }
     });
 }
 
-OperationRun *OperationCenter::start(OperationRequest request) {
-    OperationRun *run = create(std::move(request));
+OperationRun *OperationCenter::start(OperationPtr operation) {
+    OperationRun *run = create(std::move(operation));
     start(run);
     return run;
 }
 
-OperationRun *OperationCenter::create(OperationRequest request) {
+OperationRun *OperationCenter::create(OperationPtr operation) {
     forgetOldRuns();
-    m_runs.append(new OperationRun(std::move(request), this));
+    m_runs.append(new OperationRun(std::move(operation), this));
     return m_runs.last();
 }
 
 void OperationCenter::start(OperationRun *run) {
     Q_EMIT started(run);
-    m_scope.spawn(run->title(), perform(run));
+    m_parts.tasks.spawn(run->title(), perform(run));
 }
 
-Task<> OperationCenter::perform(OperationRun *run) {
+OperationContext OperationCenter::contextFor(OperationRun *run) {
     OperationContext context;
     context.output = run->sink();
     context.stop = run->stopToken();
     context.insist = run->insistToken();
-    context.sudoAuth = &m_sudoAuth;
+    context.sudoAuth = &m_parts.sudoAuth;
     context.wantsRedraws = m_wantsRedraws;
     context.onSilence = [run = QPointer(run)](std::chrono::seconds silence) {
         if (run)
@@ -54,18 +54,33 @@ Task<> OperationCenter::perform(OperationRun *run) {
         if (run)
             run->notePackage(name, done, total);
     };
-    const auto begin = [this, run] {
-        run->begin();
-        Q_EMIT packagesWillChange();
-    };
-    Result<OperationReport> report = co_await m_operations.perform(run->request(), context, begin);
-    const bool wasStopped = !report && report.error().kind == BrewError::Kind::Stopped;
-    if (wasStopped)
+    return context;
+}
+
+Task<> OperationCenter::perform(OperationRun *run) {
+    const OperationContext context = contextFor(run);
+    auto report = run->operation()->endWithoutLock(context.output);
+    if (!report)
+        report = co_await performLocked(run, context);
+    if (report->wasStopped())
         context.output->addLine(QStringLiteral("==> Stopped. The operation may be incomplete."));
-    else if (!report)
-        context.output->addLine(QStringLiteral("==> Error: ") + report.error().description());
-    run->finish(std::move(report));
+    else if (report->failure)
+        context.output->addLine(QStringLiteral("==> Error: ") + report->failure->description());
+    run->finish(std::move(*report));
     Q_EMIT finished(run);
+}
+
+Task<OperationReport> OperationCenter::performLocked(OperationRun *run, OperationContext context) {
+    auto session = co_await m_parts.recovery.beginOperation(context);
+    if (!session)
+        co_return OperationReport{.failure = session.error()};
+    run->begin();
+    Q_EMIT packagesWillChange();
+    const auto prefix = co_await m_parts.queries.homebrewPrefix(context.stop);
+    if (!prefix) // nothing could be protected, nor looked at afterwards
+        co_return OperationReport{.failure = prefix.error()};
+    const OperationPtr operation = run->operation();
+    co_return co_await operation->perform({&*session, std::move(context), *prefix, &m_parts.logger});
 }
 
 QList<OperationRun *> OperationCenter::unfinished() const {

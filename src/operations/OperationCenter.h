@@ -2,27 +2,36 @@
 
 #include "core/async/TaskScope.h"
 #include "operations/OperationRun.h"
-#include "operations/PackageOperations.h"
 
 #include <QObject>
 
 namespace larkspur {
 
+class InventoryQueries;
+class Logger;
+class Recovery;
 class SudoAuth;
 
-/// Starts operations and keeps the object that tells about each. They run one after another, in the order of
-/// asking.
+/// Runs operations of whatever kind, one after another in the order of asking, under the operation lock, and
+/// keeps the object that tells about each. Everything that changes what is installed goes through it.
 class OperationCenter : public QObject {
     Q_OBJECT
   public:
-    OperationCenter(PackageOperations &operations, SudoAuth &sudoAuth, TaskScope &scope);
+    struct Parts {
+        Recovery &recovery; ///< the way to the lock
+        InventoryQueries &queries;
+        SudoAuth &sudoAuth;
+        TaskScope &tasks;
+        Logger &logger;
+    };
+    explicit OperationCenter(Parts parts);
 
     /// Starts an operation, or queues it behind the one that runs. The run stays until the center is
     /// destroyed or its successor has finished.
-    OperationRun *start(OperationRequest request);
+    OperationRun *start(OperationPtr operation);
 
     /// The same in two steps, for who wants to listen before anything happens.
-    OperationRun *create(OperationRequest request);
+    OperationRun *create(OperationPtr operation);
     void start(OperationRun *run);
 
     /// Runs that have not finished, the oldest first.
@@ -44,11 +53,11 @@ class OperationCenter : public QObject {
 
   private:
     Task<> perform(OperationRun *run);
+    Task<OperationReport> performLocked(OperationRun *run, OperationContext context);
+    OperationContext contextFor(OperationRun *run);
     void forgetOldRuns();
 
-    PackageOperations &m_operations;
-    SudoAuth &m_sudoAuth;
-    TaskScope &m_scope;
+    Parts m_parts;
     QList<OperationRun *> m_runs;
     bool m_wantsRedraws = true;
 };

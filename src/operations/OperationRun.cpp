@@ -21,15 +21,15 @@ class OperationRun::Sink final : public OutputSink {
     QPointer<OperationRun> m_run;
 };
 
-OperationRun::OperationRun(OperationRequest request, QObject *parent)
+OperationRun::OperationRun(OperationPtr operation, QObject *parent)
     : QObject(parent)
-    , m_request(std::move(request))
-    , m_progress(m_request.expectedSteps) {}
+    , m_operation(std::move(operation))
+    , m_progress(m_operation->expectedSteps()) {}
 
 FailureSummary OperationRun::failureSummary() const {
-    if (!m_failure)
-        return summarizeFailure(m_request, m_report, m_transcript.lines());
-    const AppError error = AppError::from(*m_failure); // it was not carried out: its output tells nothing
+    if (!m_report.failure || m_report.hasFailed())
+        return m_operation->explain(m_report, m_transcript.lines());
+    const AppError error = AppError::from(*m_report.failure); // nothing was tried: the output tells nothing
     return {error.message(), error.recoverySuggestion()};
 }
 
@@ -82,14 +82,11 @@ void OperationRun::notePrompt(bool isAsking) {
     Q_EMIT changed();
 }
 
-void OperationRun::finish(Result<OperationReport> report) {
+void OperationRun::finish(OperationReport report) {
     m_state = State::Finished;
     m_silence = {};
-    if (report)
-        m_report = std::move(*report);
-    else
-        m_failure = report.error();
-    m_outcome = m_failure ? OperationOutcome::Failed : m_report.outcome();
+    m_report = std::move(report);
+    m_outcome = m_report.outcome();
     Q_EMIT changed();
     Q_EMIT finished();
 }

@@ -5,8 +5,7 @@
 #include "core/output/OperationProgress.h"
 #include "core/output/OutputSink.h"
 #include "core/output/Transcript.h"
-#include "operations/OperationReport.h"
-#include "operations/outcome/FailureSummary.h"
+#include "operations/run/Operation.h"
 
 #include <QObject>
 
@@ -21,20 +20,18 @@ class OperationRun : public QObject {
   public:
     enum class State { Queued, Running, AskingForPassword, Finished };
 
-    explicit OperationRun(OperationRequest request, QObject *parent = nullptr);
+    explicit OperationRun(OperationPtr operation, QObject *parent = nullptr);
 
-    const OperationRequest &request() const { return m_request; }
-    QString title() const { return m_request.title(); }
+    const OperationPtr &operation() const { return m_operation; }
+    QString title() const { return m_operation->title(); }
     State state() const { return m_state; }
     bool isRunning() const { return m_state != State::Finished; }
     OperationOutcome outcome() const { return m_outcome; }
-    bool wasStopped() const { return m_failure && m_failure->kind == BrewError::Kind::Stopped; }
+    bool wasStopped() const { return m_report.wasStopped(); }
     /// The person did not give the password, and nothing else has come of it.
     bool wasCancelled() const { return m_report.wasCancelled(); }
-    /// What became of each package; empty until the end, and after a failure.
+    /// What became of each package; empty until the end.
     const OperationReport &report() const { return m_report; }
-    /// Why the operation could not be carried out at all; nothing if Homebrew ran, whatever it said.
-    const std::optional<BrewError> &failure() const { return m_failure; }
     /// What a person needs to know of a failure, above the output.
     FailureSummary failureSummary() const;
     bool isStopping() const { return isRunning() && m_stop.stop_requested(); }
@@ -57,7 +54,7 @@ class OperationRun : public QObject {
     void noteSilence(std::chrono::seconds silence);
     void notePackage(const QString &name, int done, int total);
     void notePrompt(bool isAsking);
-    void finish(Result<OperationReport> report);
+    void finish(OperationReport report);
 
   Q_SIGNALS:
     void outputReceived(const larkspur::OutputChange &change);
@@ -69,10 +66,9 @@ class OperationRun : public QObject {
     class Sink;
     void receive(const OutputChange &change);
 
-    OperationRequest m_request;
+    OperationPtr m_operation;
     State m_state = State::Queued;
     OperationOutcome m_outcome = OperationOutcome::Running;
-    std::optional<BrewError> m_failure;
     OperationReport m_report;
     Transcript m_transcript;
     OperationProgress m_progress;

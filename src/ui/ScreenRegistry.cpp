@@ -21,7 +21,7 @@ QString tr(const char *text) {
 }
 
 PackageActions::Services actionServices(Larkspur &larkspur) {
-    return {larkspur.operations(), larkspur.planner(),     larkspur.kegs(),
+    return {larkspur.operations(), larkspur.packages(),    larkspur.kegs(),
             larkspur.userData(),   larkspur.preferences(), larkspur.tasks()};
 }
 
@@ -43,8 +43,7 @@ QList<ScreenEntry> makeRegistry() {
                  return selectUpdates(inventory.outdatedPackages, userData).shown.size();
              },
          .make = [](Larkspur &larkspur) -> Screen * {
-             return new UpdatesScreen({larkspur.inventory(), larkspur.queries(), larkspur.catalogueUpdate(),
-                                       actionServices(larkspur)});
+             return new UpdatesScreen({larkspur.inventory(), larkspur.queries(), actionServices(larkspur)});
          }},
         {.id = QStringLiteral("formulae"),
          .group = tr("Packages"),
@@ -122,7 +121,8 @@ QList<ScreenEntry> makeRegistry() {
          .count = {},
          .make = [](Larkspur &larkspur) -> Screen * {
              return new TimeMachineScreen(
-                 {larkspur.snapshots(), larkspur.kegs(), larkspur.operations(), larkspur.tasks()});
+                 {larkspur.snapshots(), larkspur.kegs(), larkspur.operations(), larkspur.packages(),
+                  larkspur.tasks()});
          }},
         {.id = QStringLiteral("history"),
          .group = tr("System"),

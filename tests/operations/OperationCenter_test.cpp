@@ -11,11 +11,9 @@ class OperationCenterTest : public QObject {
     Q_OBJECT
 
     struct World : OperationWorld {
-        OperationCenter center{operations, sudoAuth, tasks};
-
         OperationRun *upgrade(const QString &name) {
             shell.hold("upgrade --formula " + name);
-            return center.start({.kind = OperationKind::Upgrade, .packages = {{name, false}}});
+            return center.start(operation("upgrade", {{name, false}}));
         }
         /// Until brew runs what was asked for.
         void reach(const QString &line) {
@@ -76,7 +74,7 @@ class OperationCenterTest : public QObject {
         OperationRun *run = world.upgrade("a");
         world.settle();
         QCOMPARE(run->transcript().lines(), QStringList{"==> Error: Homebrew is not installed"});
-        QCOMPARE(run->failure()->kind, BrewError::Kind::BrewNotInstalled);
+        QCOMPARE(run->report().failure->kind, BrewError::Kind::BrewNotInstalled);
     }
 };
 

@@ -8,24 +8,34 @@
 #include "core/trees/TreeCopier.h"
 #include "core/trees/TreeSync.h"
 #include "inventory/queries/InventoryQueries.h"
-#include "operations/OperationHistory.h"
-#include "operations/PackageOperations.h"
-#include "operations/UpgradeSafeguard.h"
 #include "operations/casks/LostApplications.h"
 #include "operations/casks/MovedAsideLeftover.h"
+#include "operations/catalogue/UpdateHomebrew.h"
 #include "operations/kegs/KegPreservationManager.h"
 #include "operations/kegs/KegRollback.h"
+#include "operations/kegs/RollBackKegs.h"
 #include "operations/oclp/CopyXattrsStub.h"
-#include "operations/package/HeldPin.h"
+#include "operations/packages/HeldPin.h"
+#include "operations/packages/InstallPackages.h"
+#include "operations/packages/PackageServices.h"
+#include "operations/packages/PinPackages.h"
+#include "operations/packages/UninstallPackages.h"
+#include "operations/packages/UpgradeAll.h"
+#include "operations/packages/UpgradePackages.h"
+#include "operations/packages/UpgradeSafeguard.h"
+#include "operations/plan/OperationPlanner.h"
+#include "operations/OperationCenter.h"
 #include "operations/recovery/FileLeftovers.h"
 #include "operations/recovery/LostLinks.h"
 #include "operations/recovery/Recovery.h"
+#include "operations/services/RestartServices.h"
+#include "operations/snapshots/RestoreSnapshot.h"
 #include "operations/snapshots/SnapshotManager.h"
-#include "operations/snapshots/SnapshotRestore.h"
 #include "tests/support/BrewWorld.h"
-#include "userdata/UserDataManager.h"
 
 #include <QDir>
+#include <QJsonArray>
+#include <QJsonObject>
 
 namespace larkspur::test {
 
@@ -98,19 +108,17 @@ struct OperationWorld : BrewWorld {
         .noteFolder = path("notes"), .trash = &trash, .prefix = {}, .applicationFolders = {path("apps")}};
     Recovery recovery{{brew, resolver, logger}, leftovers()};
     SnapshotManager snapshots{{queries, preferences, logger, path("snapshots")}};
-    UserDataManager userData{path("data"), logger};
-    OperationHistory history{userData};
-    SnapshotRestore restore{{snapshots, kegs, rollback, history}};
-    UpgradeSafeguard safeguard{{snapshots, kegs, logger}};
-    PackageOperations operations{{.recovery = recovery,
-                                  .queries = queries,
-                                  .preferences = preferences,
-                                  .logger = logger,
-                                  .safeguard = safeguard,
-                                  .rollback = rollback,
-                                  .restore = restore,
-                                  .history = history,
-                                  .casks = casks}};
+    UpgradeSafeguard safeguard{{snapshots, kegs}};
+    OperationPlanner planner{brew, queries};
+    PackageServices packages{.queries = queries,
+                             .preferences = preferences,
+                             .planner = planner,
+                             .safeguard = safeguard,
+                             .kegs = kegs,
+                             .rollback = rollback,
+                             .snapshots = snapshots,
+                             .casks = casks};
+    OperationCenter center{{recovery, queries, sudoAuth, tasks, logger}};
     std::shared_ptr<RecordingSink> sink = std::make_shared<RecordingSink>();
 
     OperationWorld() {
@@ -154,11 +162,34 @@ struct OperationWorld : BrewWorld {
     }
     QStringList notes() const { return QDir(path("notes")).entryList(QDir::Files | QDir::Hidden); }
 
-    Result<OperationReport> perform(OperationRequest request) {
-        return await(operations.perform(std::move(request), {.output = sink, .sudoAuth = &sudoAuth}));
+    /// Until it has ended.
+    OperationReport perform(OperationPtr operation, StopToken stop = {}) {
+        OperationRun *run = center.create(std::move(operation));
+        QObject::connect(run, &OperationRun::outputReceived, run,
+                         [this](const OutputChange &change) { sink->receive(change); });
+        const std::stop_callback onStop(std::move(stop), [run] { run->stop(); });
+        center.start(run);
+        if (!spinUntil([run] { return !run->isRunning(); }))
+            qFatal("the operation has not ended");
+        return run->report();
     }
-    Result<OperationReport> perform(OperationKind kind, const QList<PackageTarget> &packages) {
-        return perform({.kind = kind, .packages = packages});
+    /// "upgrade" and the like, for tables of tests.
+    OperationPtr operation(const QString &kind, const QList<PackageTarget> &targets) const {
+        using Make = OperationPtr (*)(const PackageServices &, const QList<PackageTarget> &);
+        static const QHash<QString, Make> makers{{"reinstall", &reinstallPackages},
+                                                 {"uninstall", &uninstallPackages},
+                                                 {"pin", &pinPackages},
+                                                 {"unpin", &unpinPackages},
+                                                 {"upgrade", &upgradePackages},
+                                                 {"rollback", &rollBackKegs}};
+        if (kind == "install")
+            return installPackages(packages, targets);
+        if (kind == "upgrade all")
+            return upgradeOfAll(packages, targets, false);
+        return makers[kind](packages, targets);
+    }
+    OperationReport perform(const QString &kind, const QList<PackageTarget> &targets) {
+        return perform(operation(kind, targets));
     }
     /// The command lines that change something.
     QStringList changes() const {

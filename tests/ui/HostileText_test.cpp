@@ -5,6 +5,9 @@
 #include "ui/Screen.h"
 #include "ui/ScreenRegistry.h"
 #include "ui/authorization/PasswordSheet.h"
+#include "operations/kegs/RollBackKegs.h"
+#include "operations/packages/InstallPackages.h"
+#include "operations/packages/UpgradePackages.h"
 #include "ui/operation/FollowUpBar.h"
 #include "ui/operation/OperationPanel.h"
 #include "ui/operation/PlanSheet.h"
@@ -308,7 +311,7 @@ class HostileTextTest : public QObject {
                             {hostile("formula.name"), hostile("keg version"), 1, now}}));
     }
     ui::PackageActions::Services services() const {
-        return {m_larkspur->operations(), m_larkspur->planner(),     m_larkspur->kegs(),
+        return {m_larkspur->operations(), m_larkspur->packages(),    m_larkspur->kegs(),
                 m_larkspur->userData(),   m_larkspur->preferences(), m_larkspur->tasks()};
     }
     void feed() const { m_larkspur->inventory().update(makeHostile); }
@@ -353,7 +356,7 @@ class HostileTextTest : public QObject {
         script.setPermissions(script.permissions() | QFile::ExeOwner | QFile::ExeUser);
         for (const QString &name : {QString("dovetail"), hostile("failed package")}) {
             const OperationRun *run =
-                m_larkspur->operations().start({.kind = OperationKind::Install, .packages = {{name}}});
+                m_larkspur->operations().start(installPackages(m_larkspur->packages(), {{name}}));
             QVERIFY(spinUntil([&] { return !run->isRunning() && m_larkspur->tasks().isDrained(); }));
             QTest::qWait(100); // the output is drawn at its own pace
             visit(m_window->findChild<ui::OperationPanel *>());
@@ -387,8 +390,8 @@ class HostileTextTest : public QObject {
         const QList<Snapshot> &snapshots = m_larkspur->snapshots().snapshots();
         QCOMPARE(snapshots.size(), 2);
         visitSheet(new ui::PlanSheet(
-            {m_larkspur->planner(), m_larkspur->preferences(), m_larkspur->tasks()},
-            {.kind = OperationKind::Upgrade, .packages = {{hostile("planned package")}}}, m_window.get()));
+            {m_larkspur->preferences(), m_larkspur->tasks()},
+            upgradePackages(m_larkspur->packages(), {{hostile("planned package")}}), m_window.get()));
         auto *compare = new ui::CompareSheet(snapshots, m_window.get());
         compare->choose(0, 1);
         visitSheet(compare);
@@ -427,12 +430,12 @@ class HostileTextTest : public QObject {
 
     void followUps() {
         feed();
-        OperationRun run({.kind = OperationKind::RollBack,
-                          .packages = {{hostile("formula.name"), false, hostile("old version"), "1"}}});
-        run.finish(OperationReport{.packages = {{run.request().packages.first()}},
-                                   .servicesToRestart = {hostile("finished")}});
-        ui::FollowUpBar bar(
-            {m_larkspur->operations(), m_larkspur->inventory(), m_larkspur->kegs(), m_larkspur->userData()});
+        const PackageTarget formula{hostile("formula.name"), false, hostile("old version"), "1"};
+        OperationRun run(rollBackKegs(m_larkspur->packages(), {formula}));
+        run.finish({.packages = {{formula, PackageEnd::Done, Deed::RolledBack}},
+                    .servicesToRestart = {hostile("finished")}});
+        ui::FollowUpBar bar({m_larkspur->operations(), m_larkspur->packages(), m_larkspur->inventory(),
+                             m_larkspur->kegs(), m_larkspur->userData()});
         bar.follow(&run);
         bar.show();
         visit(&bar);

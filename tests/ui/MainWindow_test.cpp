@@ -1,5 +1,8 @@
 #include "app/Larkspur.h"
 #include "tests/support/Await.h"
+#include "operations/packages/UninstallPackages.h"
+#include "operations/packages/UpgradeAll.h"
+#include "operations/packages/UpgradePackages.h"
 #include "ui/MainWindow.h"
 #include "ui/Screen.h"
 #include "ui/ScreenRegistry.h"
@@ -234,7 +237,7 @@ class MainWindowTest : public QObject {
         World world;
         QVERIFY(world.startAndLoad());
         OperationRun *run = world.larkspur->operations().start(
-            {.kind = OperationKind::Upgrade, .packages = {{"granite-vault", true}}});
+            upgradePackages(world.larkspur->packages(), {{"granite-vault", true}}));
         QVERIFY(spinUntil([&] { return world.visible<ui::PasswordSheet>(); }));
         QCOMPARE(run->state(), OperationRun::State::AskingForPassword);
         auto *sheet = world.visible<ui::PasswordSheet>();
@@ -262,7 +265,7 @@ class MainWindowTest : public QObject {
         World world;
         QVERIFY(world.startAndLoad());
         const OperationRun *run = world.larkspur->operations().start(
-            {.kind = OperationKind::Upgrade, .packages = {{"granite-vault", true}}});
+            upgradePackages(world.larkspur->packages(), {{"granite-vault", true}}));
         QVERIFY(spinUntil([&] { return world.visible<ui::PasswordSheet>(); }));
         if (byClosingTheWindow) {
             world.window->close();
@@ -280,7 +283,7 @@ class MainWindowTest : public QObject {
         World world;
         QVERIFY(world.startAndLoad());
         const OperationRun *run = world.larkspur->operations().start(
-            {.kind = OperationKind::Upgrade, .packages = {{"meadowdb", false}}});
+            upgradePackages(world.larkspur->packages(), {{"meadowdb", false}}));
         QVERIFY(spinUntil([&] { return world.button("Restart meadowdb"); }));
         QTest::mouseClick(world.button("Restart meadowdb"), Qt::LeftButton);
         QVERIFY(spinUntil([&] { return world.larkspur->operations().shown() != run; }));
@@ -307,7 +310,7 @@ class MainWindowTest : public QObject {
                          "before the removal");
 
         const OperationRun *removal = world.larkspur->operations().start(
-            {.kind = OperationKind::Uninstall, .packages = {{"tidepool", true}}});
+            uninstallPackages(world.larkspur->packages(), {{"tidepool", true}}));
         QVERIFY(spinUntil([&] { return !removal->isRunning() && world.larkspur->tasks().isDrained(); }));
         auto *changes = world.visible<ui::DiffView>();
         QCOMPARE(changes->topLevelItem(0)->text(0), "Removed since (1)");
@@ -411,7 +414,7 @@ class MainWindowTest : public QObject {
         World world;
         QVERIFY(world.startAndLoad());
         const OperationRun *upgrade = world.larkspur->operations().start(
-            {.kind = OperationKind::Upgrade, .packages = {{"heron", false, "8.10.0", "8.11.1"}}});
+            upgradePackages(world.larkspur->packages(), {{"heron", false, "8.10.0", "8.11.1"}}));
         QVERIFY(spinUntil([&] { return !upgrade->isRunning() && world.larkspur->tasks().isDrained(); }));
         world.window->showScreen("formulae");
         world.visible<ui::PackageTable>()->select({"heron", false});
@@ -434,7 +437,7 @@ class MainWindowTest : public QObject {
             return world.visible<ui::PackageTable>()->model().indexOf({"heron", false}) >= 0;
         };
         const OperationRun *upgrade = world.larkspur->operations().start(
-            {.kind = OperationKind::Upgrade, .packages = {{"heron", false, "8.10.0", "8.11.1"}}});
+            upgradePackages(world.larkspur->packages(), {{"heron", false, "8.10.0", "8.11.1"}}));
         QVERIFY(spinUntil([&] { return !upgrade->isRunning() && world.larkspur->tasks().isDrained(); }));
         world.window->showScreen("history"); // the way back stands beside what was done
         auto *history = world.visible<QTableView>();
@@ -452,9 +455,10 @@ class MainWindowTest : public QObject {
         EVENTUALLY(!isOffered());
         QVERIFY(world.shows("1 snoozed"));
         QTest::mouseClick(world.button("Upgrade All"), Qt::LeftButton);
-        QCOMPARE(world.visible<ui::PlanSheet>()->request().kind, OperationKind::Upgrade);
-        for (const PackageTarget &package : world.visible<ui::PlanSheet>()->request().packages)
-            QVERIFY(package.name != "heron" && !package.isPinned);
+        const QString command = world.visible<ui::PlanSheet>()->operation()->terminalCommand();
+        QVERIFY2(command.startsWith("brew upgrade ") && !command.contains("heron") &&
+                     !command.contains("kelp"), // snoozed, pinned
+                 qPrintable(command));
         world.visible<ui::PlanSheet>()->reject();
         QVERIFY(spinUntil([&] { return world.larkspur->tasks().isDrained(); }));
         world.larkspur->userData().unsnoozePackage("heron");
@@ -465,7 +469,7 @@ class MainWindowTest : public QObject {
         World world;
         QVERIFY(world.startAndLoad());
         world.larkspur->operations().start(
-            {.kind = OperationKind::Upgrade, .packages = {{"hearthbuild", false}}});
+            upgradePackages(world.larkspur->packages(), {{"hearthbuild", false}}));
         QVERIFY(spinUntil([&] { return world.shows("undefined reference to `kindling'"); }));
         EVENTUALLY(
             world.window->findChild<ui::OutputView *>()->toPlainText().contains("without naming a reason"));
@@ -521,7 +525,7 @@ class MainWindowTest : public QObject {
         world.replaceBrew("if [ \"$1\" = upgrade ]; then echo begun; sleep 3; exit 0; fi");
         QVERIFY(world.startAndLoad());
         const QSignalSpy closed(world.window.get(), &ui::MainWindow::closed);
-        OperationRun *run = world.larkspur->operations().start({.kind = OperationKind::UpgradeAll});
+        OperationRun *run = world.larkspur->operations().start(upgradeOfAll(world.larkspur->packages(), {}, false));
         QVERIFY(spinUntil([&] { return run->transcript().lineCount() > 0; }));
         world.window->close();
         QCOMPARE(closed.count(), 0);

@@ -1,9 +1,8 @@
 #include "ui/widgets/PackageActions.h"
 
-#include "operations/OperationCenter.h"
-#include "operations/plan/OperationPlanner.h"
 #include "tests/support/OperationWorld.h"
 #include "ui/operation/PlanSheet.h"
+#include "userdata/UserDataManager.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -21,9 +20,8 @@ class PackageActionsTest : public QObject {
     Q_OBJECT
 
     struct World : OperationWorld {
-        OperationCenter center{operations, sudoAuth, tasks};
-        OperationPlanner planner{brew, queries};
-        ui::PackageActions actions{{center, planner, kegs, userData, preferences, tasks}};
+        UserDataManager userData{path("data"), logger};
+        ui::PackageActions actions{{center, packages, kegs, userData, preferences, tasks}};
         QWidget window;
 
         World() {
@@ -126,7 +124,7 @@ class PackageActionsTest : public QObject {
         world.choose({installed("a")}, "Uninstall a…");
         auto *sheet = world.open<ui::PlanSheet>();
         QVERIFY(sheet && world.started().isEmpty());
-        QCOMPARE(sheet->request().kind, OperationKind::Uninstall);
+        QCOMPARE(sheet->operation()->terminalCommand(), "brew uninstall a");
         sheet->reject();
         QVERIFY(world.settle() && world.started().isEmpty());
         delete sheet;
@@ -150,19 +148,16 @@ class PackageActionsTest : public QObject {
             world.shell.answer("upgrade --dry-run --formula a", {});
             world.actions.upgradeAll(inventory, &world.window);
             auto *sheet = world.open<ui::PlanSheet>();
-            const OperationRequest request = sheet->request();
+            const OperationPtr operation = sheet->operation();
             sheet->reject();
             world.settle();
             delete sheet;
-            return request;
+            return operation;
         };
-        QCOMPARE(planned().kind, OperationKind::UpgradeAll);
-        QCOMPARE(planned().expectedSteps, 2); // the pinned one is not upgraded
+        QCOMPARE(planned()->terminalCommand(), "brew upgrade");
+        QCOMPARE(planned()->expectedSteps(), 2); // the pinned one is not upgraded
         world.userData.snoozePackage("b", "2", false, UntilNextVersion());
-        const OperationRequest request = planned();
-        QCOMPARE(request.kind, OperationKind::Upgrade); // by name: brew upgrade would take everything
-        QCOMPARE(request.packages.size(), 1);
-        QCOMPARE(request.packages.first().name, "a");
+        QCOMPARE(planned()->terminalCommand(), "brew upgrade a"); // by name: brew upgrade would take b too
         const QString list = world.path("data/snoozed_packages.json");
         Fixture::write(list, Fixture::read(list).replace("\"b\"", "7").toUtf8());
         world.userData.reload(); // what was snoozed is not known any more

@@ -1,5 +1,6 @@
 #include "inventory/state/DependencyGraph.h"
 #include "operations/OperationRun.h"
+#include "operations/catalogue/UpdateHomebrew.h"
 #include "tests/support/Await.h"
 #include "tests/support/Formulae.h"
 #include "ui/ScreenRegistry.h"
@@ -51,7 +52,7 @@ class WidgetsTest : public QObject {
     }
 
     void outputViewFollowsRedrawsAndStaysBounded() {
-        OperationRun run({.kind = OperationKind::UpgradeAll});
+        OperationRun run(updateHomebrew());
         OutputView view;
         view.show();
         view.follow(&run);

@@ -1,4 +1,9 @@
 #include "app/Larkspur.h"
+#include "operations/kegs/RollBackKegs.h"
+#include "operations/packages/InstallPackages.h"
+#include "operations/packages/UninstallPackages.h"
+#include "operations/packages/UpgradeAll.h"
+#include "operations/packages/UpgradePackages.h"
 #include "ui/MainWindow.h"
 #include "ui/Screen.h"
 #include "ui/operation/OperationPanel.h"
@@ -64,9 +69,9 @@ Task<> ask(SudoAuth *auth, PasswordRequest request) {
     co_await auth->requestPassword(std::move(request));
 }
 
-void showPlan(Larkspur &larkspur, ui::MainWindow &window, const OperationRequest &request) {
+void showPlan(Larkspur &larkspur, ui::MainWindow &window, const OperationPtr &operation) {
     auto *sheet =
-        new ui::PlanSheet({larkspur.planner(), larkspur.preferences(), larkspur.tasks()}, request, &window);
+        new ui::PlanSheet({larkspur.preferences(), larkspur.tasks()}, operation, &window);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->open();
 }
@@ -112,22 +117,20 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
         {QStringLiteral("plan-upgrade"), 3500,
          [&] {
              showPlan(larkspur, window,
-                      {.kind = OperationKind::Upgrade,
-                       .packages = {{QStringLiteral("quillmark"), false},
+                      upgradePackages(larkspur.packages(), {{QStringLiteral("quillmark"), false},
                                     {QStringLiteral("granite-vault"), true},
                                     {QStringLiteral("kelp"), false, QStringLiteral("1.0"),
-                                     QStringLiteral("1.1"), true}}});
+                                     QStringLiteral("1.1"), true}}));
          }},
         {QStringLiteral("plan-removal"), 2500,
          [&] {
              showPlan(larkspur, window,
-                      {.kind = OperationKind::Uninstall,
-                       .packages = {{QStringLiteral("libtide"), false, QStringLiteral("0.9.11")}}});
+                      uninstallPackages(larkspur.packages(), {{QStringLiteral("libtide"), false, QStringLiteral("0.9.11")}}));
          }},
         {QStringLiteral("password"), 5000,
          [&] {
              larkspur.operations().start(
-                 {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("granite-vault"), true}}});
+                 upgradePackages(larkspur.packages(), {{QStringLiteral("granite-vault"), true}}));
          }},
         {QStringLiteral("password-cancelled"), 500, [] {}},
         {QStringLiteral("password-unusual"), 500,
@@ -145,7 +148,7 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
         {QStringLiteral("services-restart"), 5000,
          [&] {
              larkspur.operations().start(
-                 {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("meadowdb"), false}}});
+                 upgradePackages(larkspur.packages(), {{QStringLiteral("meadowdb"), false}}));
          }},
         {QStringLiteral("time-machine"), 1500, [&] { window.showScreen(QStringLiteral("timemachine")); }},
         {QStringLiteral("time-machine-restore"), 1200,
@@ -157,12 +160,12 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
         {QStringLiteral("rolled-back"), 5000,
          [&] {
              larkspur.operations().start(
-                 {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("osprey-sync"), true}}});
+                 upgradePackages(larkspur.packages(), {{QStringLiteral("osprey-sync"), true}}));
          }},
         {QStringLiteral("licence"), 4000,
          [&] {
              larkspur.operations().start(
-                 {.kind = OperationKind::Install, .packages = {{QStringLiteral("toadflax-odbc"), false}}});
+                 installPackages(larkspur.packages(), {{QStringLiteral("toadflax-odbc"), false}}));
          }},
         {QStringLiteral("settings-time-machine"), 500,
          [&] {
@@ -175,9 +178,8 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
          }},
         {QStringLiteral("rollback"), 4000,
          [&] {
-             larkspur.operations().start({.kind = OperationKind::RollBack,
-                                          .packages = {{.name = QStringLiteral("meadowdb"),
-                                                        .latestVersion = QStringLiteral("7.0.3")}}});
+             larkspur.operations().start(rollBackKegs(larkspur.packages(), {{.name = QStringLiteral("meadowdb"),
+                                                        .latestVersion = QStringLiteral("7.0.3")}}));
          }},
         {QStringLiteral("snoozed"), 500,
          [&] {
@@ -197,7 +199,7 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
         {QStringLiteral("upgrade"), 3500,
          [&] {
              window.showScreen(QStringLiteral("updates"));
-             larkspur.operations().start({.kind = OperationKind::UpgradeAll, .expectedSteps = 19});
+             larkspur.operations().start(upgradeOfAll(larkspur.packages(), {}, false));
          }},
         {QStringLiteral("upgrade-output"), 9000,
          [&] { window.findChild<ui::OperationPanel *>()->setOutputVisible(true); }},
@@ -205,7 +207,7 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
         {QStringLiteral("upgrade-failed"), 9000,
          [&] {
              larkspur.operations().start(
-                 {.kind = OperationKind::Upgrade, .packages = {{QStringLiteral("hearthbuild"), false}}});
+                 upgradePackages(larkspur.packages(), {{QStringLiteral("hearthbuild"), false}}));
          }},
         {QStringLiteral("thousand-rows"), 500,
          [&] {

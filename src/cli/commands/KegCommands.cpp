@@ -3,6 +3,7 @@
 #include "cli/OperationRunner.h"
 #include "cli/commands/Commands.h"
 #include "core/brew/PackageName.h"
+#include "operations/kegs/RollBackKegs.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -32,7 +33,7 @@ class RollbackCommand final : public Command {
             co_return ExitStatus::Failed;
         }
         const ExitStatus status =
-            co_await runOperation(context, {.kind = OperationKind::RollBack, .packages = {formula}}, true);
+            co_await runOperation(context, rollBackKegs(context.larkspur.packages(), {formula}), true);
         if (status == ExitStatus::Done || status == ExitStatus::DoneWithWarnings)
             context.terminal.line(QStringLiteral("The next upgrade undoes this. \"larkspur snooze %1\" skips "
                                                  "the version, \"larkspur pin %1\" keeps this one.")

@@ -2,6 +2,11 @@
 #include "cli/OperationRunner.h"
 #include "cli/commands/Commands.h"
 #include "core/brew/PackageName.h"
+#include "operations/packages/InstallPackages.h"
+#include "operations/packages/PinPackages.h"
+#include "operations/packages/UninstallPackages.h"
+#include "operations/packages/UpgradeAll.h"
+#include "operations/packages/UpgradePackages.h"
 #include "userdata/UpdateSelection.h"
 
 #include <algorithm>
@@ -31,22 +36,20 @@ class InstallCommand final : public Command {
                 .mostNames = -1};
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        co_return co_await runOperation(context,
-                                        {.kind = OperationKind::Install,
-                                         .packages = targets(arguments),
-                                         .adopt = arguments.has("--adopt"),
-                                         .force = arguments.has("--force")},
-                                        true);
+        const InstallOptions options{.adopt = arguments.has("--adopt"), .force = arguments.has("--force")};
+        co_return co_await runOperation(
+            context, installPackages(context.larkspur.packages(), targets(arguments), options), true);
     }
 };
 
 /// Commands that do one thing to every package that is named.
 class PlainCommand final : public Command {
   public:
-    PlainCommand(QString name, QString summary, OperationKind kind)
+    using Make = OperationPtr (*)(const PackageServices &, const QList<PackageTarget> &);
+    PlainCommand(QString name, QString summary, Make make)
         : m_name(std::move(name))
         , m_summary(std::move(summary))
-        , m_kind(kind) {}
+        , m_make(make) {}
 
     CommandShape shape() const override {
         return {.name = m_name,
@@ -57,14 +60,14 @@ class PlainCommand final : public Command {
                 .mostNames = -1};
     }
     Task<ExitStatus> run(CommandContext context, CommandArguments arguments) override {
-        co_return co_await runOperation(context, {.kind = m_kind, .packages = targets(arguments)},
+        co_return co_await runOperation(context, m_make(context.larkspur.packages(), targets(arguments)),
                                         arguments.options.contains(yes));
     }
 
   private:
     QString m_name;
     QString m_summary;
-    OperationKind m_kind;
+    Make m_make;
 };
 
 class UpgradeCommand final : public Command {
@@ -98,25 +101,34 @@ class UpgradeCommand final : public Command {
             context.terminal.error(outdated.error());
             co_return statusFor(outdated.error());
         }
+        if (!arguments.has("--all")) {
+            QList<PackageTarget> packages = namedTargets(*outdated, arguments);
+            co_await addInstalledVersions(&packages, context);
+            co_return co_await runOperation(context,
+                                            upgradePackages(context.larkspur.packages(), packages),
+                                            arguments.options.contains(yes));
+        }
         const UpdateSelection updates = selectUpdates(*outdated, context.larkspur.userData());
-        OperationRequest wanted =
-            arguments.has("--all") ? requestForAll(updates) : requestForNamed(*outdated, arguments);
-        if (wanted.kind == OperationKind::Upgrade && wanted.packages.isEmpty()) {
+        QList<PackageTarget> packages;
+        std::ranges::transform(updates.shown, std::back_inserter(packages), targetOf);
+        const bool leavesSomeOut = !updates.snoozed.isEmpty();
+        if (leavesSomeOut && std::ranges::all_of(packages, &PackageTarget::isPinned)) {
             context.terminal.line(QStringLiteral("Everything else is up to date."));
             co_return ExitStatus::Done;
         }
-        if (arguments.has("--all") && !updates.snoozed.isEmpty())
+        if (leavesSomeOut)
             context.terminal.line(QStringLiteral("Snoozed, so upgraded only if another package needs it: %1")
                                       .arg(updates.snoozedNames().join(QStringLiteral(", "))));
-        co_await addInstalledVersions(&wanted, context);
-        co_return co_await runOperation(context, wanted, arguments.options.contains(yes));
+        co_return co_await runOperation(
+            context, upgradeOfAll(context.larkspur.packages(), packages, leavesSomeOut),
+            arguments.options.contains(yes));
     }
 
   private:
     /// What is not outdated has its newest version already; the query that says so is worth its time only
     /// for packages that are named.
-    static Task<> addInstalledVersions(OperationRequest *request, CommandContext context) {
-        for (PackageTarget &package : request->packages) {
+    static Task<> addInstalledVersions(QList<PackageTarget> *packages, CommandContext context) {
+        for (PackageTarget &package : *packages) {
             if (!package.latestVersion.isEmpty() || !PackageName::parse(package.name))
                 continue;
             const QString version = co_await installedVersion(package, context);
@@ -149,15 +161,9 @@ class UpgradeCommand final : public Command {
                 .isPinned = package.pinned};
     }
 
-    static OperationRequest requestForAll(const UpdateSelection &updates) {
-        QList<PackageTarget> packages;
-        std::ranges::transform(updates.shown, std::back_inserter(packages), targetOf);
-        return upgradeOfAll(packages, !updates.snoozed.isEmpty());
-    }
-
     /// A name that is outdated as a cask only is meant as one.
-    static OperationRequest requestForNamed(const QList<OutdatedPackage> &outdated,
-                                            const CommandArguments &arguments) {
+    static QList<PackageTarget> namedTargets(const QList<OutdatedPackage> &outdated,
+                                             const CommandArguments &arguments) {
         QList<PackageTarget> packages = targets(arguments);
         for (PackageTarget &package : packages) {
             const auto find = [&](bool isCask) {
@@ -174,7 +180,7 @@ class UpgradeCommand final : public Command {
             package = targetOf(*found);
             package.name = name;
         }
-        return {.kind = OperationKind::Upgrade, .packages = packages};
+        return packages;
     }
 };
 
@@ -187,23 +193,23 @@ std::unique_ptr<Command> makeInstallCommand() {
 std::unique_ptr<Command> makeReinstallCommand() {
     return std::make_unique<PlainCommand>(QStringLiteral("reinstall"),
                                           QStringLiteral("Installs packages again, in their newest version."),
-                                          OperationKind::Reinstall);
+                                          &reinstallPackages);
 }
 
 std::unique_ptr<Command> makeUninstallCommand() {
     return std::make_unique<PlainCommand>(QStringLiteral("uninstall"),
                                           QStringLiteral("Removes formulae, or casks with --cask."),
-                                          OperationKind::Uninstall);
+                                          &uninstallPackages);
 }
 
 std::unique_ptr<Command> makePinCommand() {
     return std::make_unique<PlainCommand>(
-        QStringLiteral("pin"), QStringLiteral("Holds packages at their version."), OperationKind::Pin);
+        QStringLiteral("pin"), QStringLiteral("Holds packages at their version."), &pinPackages);
 }
 
 std::unique_ptr<Command> makeUnpinCommand() {
     return std::make_unique<PlainCommand>(
-        QStringLiteral("unpin"), QStringLiteral("Lets packages be upgraded again."), OperationKind::Unpin);
+        QStringLiteral("unpin"), QStringLiteral("Lets packages be upgraded again."), &unpinPackages);
 }
 
 std::unique_ptr<Command> makeUpgradeCommand() {

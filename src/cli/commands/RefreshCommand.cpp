@@ -1,6 +1,7 @@
 #include "app/Larkspur.h"
-#include "cli/LiveOutput.h"
+#include "cli/OperationRunner.h"
 #include "cli/commands/Commands.h"
+#include "operations/catalogue/UpdateHomebrew.h"
 
 namespace larkspur::cli {
 
@@ -15,20 +16,17 @@ class RefreshCommand final : public Command {
     }
 
     Task<ExitStatus> run(CommandContext context, CommandArguments) override {
-        OperationContext operation;
-        operation.output = std::make_shared<LiveOutput>(context.terminal);
-        operation.stop = context.stop;
-        const auto updated = co_await context.larkspur.catalogueUpdate().run(operation);
-        if (!updated) {
-            context.terminal.error(updated.error());
-            co_return statusFor(updated.error());
-        }
+        const ExitStatus updated = co_await runOperation(context, updateHomebrew(), true);
+        if (updated != ExitStatus::Done && updated != ExitStatus::DoneWithWarnings)
+            co_return updated;
+        co_await context.larkspur.startupCheck().readVersion(context.stop);
+        co_await context.larkspur.refresh().refresh(context.stop);
         const Inventory &inventory = context.larkspur.inventory().value();
         for (const QString &failure : inventory.refreshFailures)
             context.terminal.error(failure);
         context.terminal.line(
             QStringLiteral("%1 packages can be upgraded.").arg(inventory.outdatedPackages.size()));
-        co_return inventory.refreshFailures.isEmpty() ? ExitStatus::Done : ExitStatus::DoneWithWarnings;
+        co_return inventory.refreshFailures.isEmpty() ? updated : ExitStatus::DoneWithWarnings;
     }
 };
 

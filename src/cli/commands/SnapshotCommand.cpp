@@ -2,6 +2,8 @@
 #include "cli/Agreement.h"
 #include "cli/OperationRunner.h"
 #include "cli/commands/Commands.h"
+#include "operations/snapshots/RestorePlan.h"
+#include "operations/snapshots/RestoreSnapshot.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -227,7 +229,7 @@ class SnapshotCommand final : public Command {
             context.terminal.error(QStringLiteral("Nothing was changed."));
             co_return ExitStatus::Failed;
         }
-        co_return co_await runOperation(context, {.kind = OperationKind::Restore, .restore = order}, true);
+        co_return co_await runOperation(context, restoreSnapshot(context.larkspur.packages(), order), true);
     }
 
     static Task<ExitStatus> removeOne(CommandContext context, CommandArguments arguments, Snapshot snapshot) {

@@ -37,7 +37,7 @@ struct Repaired {
     bool isComplete = true;
 };
 
-Task<Repaired> repair(QList<CaskUpgrade> upgrades, CaskSetting setting, RecoveryWork work) {
+Task<Repaired> repair(QList<CaskUpgrade> upgrades, CaskSetting setting, LockedWork work) {
     const auto steps = co_await runInWorker([upgrades, setting] {
         QList<RepairStep> all;
         for (const CaskUpgrade &upgrade : upgrades)
@@ -82,7 +82,7 @@ LostApplications LostApplications::of(const QStringList &tokens, const CaskSetti
     return lost;
 }
 
-Task<bool> LostApplications::putBack(RecoveryWork work) const {
+Task<bool> LostApplications::putBack(LockedWork work) const {
     const std::optional<CrashNote> note = m_note;
     const auto end = co_await repair(m_upgrades, m_setting, work);
     if (note && end.isComplete)
@@ -99,7 +99,7 @@ LostApplicationsLeftover::LostApplicationsLeftover(CaskSetting setting)
                                   .arg(CaskUpgrade::backupSuffix)})
     , m_setting(std::move(setting)) {}
 
-Task<NoteLeftover::Settled> LostApplicationsLeftover::settle(CrashNote note, RecoveryWork work) {
+Task<NoteLeftover::Settled> LostApplicationsLeftover::settle(CrashNote note, LockedWork work) {
     const auto upgrades = upgradesOf(note.contents(), work.prefix);
     if (!upgrades)
         co_return Settled::Unusable;

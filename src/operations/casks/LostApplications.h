@@ -17,7 +17,7 @@ class LostApplications {
     const QStringList &complaints() const { return m_complaints; }
 
     /// Puts right what Homebrew has not come to the end of, and says so. False if it had to.
-    Task<bool> putBack(RecoveryWork work) const;
+    Task<bool> putBack(LockedWork work) const;
 
   private:
     explicit LostApplications(CaskSetting setting)
@@ -36,7 +36,7 @@ class LostApplicationsLeftover final : public NoteLeftover {
     explicit LostApplicationsLeftover(CaskSetting setting);
 
   protected:
-    Task<Settled> settle(CrashNote note, RecoveryWork work) override;
+    Task<Settled> settle(CrashNote note, LockedWork work) override;
 
   private:
     CaskSetting m_setting;

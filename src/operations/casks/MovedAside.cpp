@@ -14,10 +14,6 @@ namespace larkspur {
 
 namespace {
 
-QString line(const QString &text) {
-    return QStringLiteral("==> ") + text;
-}
-
 /// Beside the application, so that moving it is a renaming, and unlike any other.
 QString asidePath(const QString &application) {
     const QFileInfo info(application);
@@ -41,9 +37,9 @@ MovedAside::MovedAside(CaskSetting setting, const PackageName &token)
     , m_token(token) {
     const auto applications = caskApplications(token, m_setting);
     if (!applications)
-        m_warnings.append(line(QStringLiteral("Warning: The applications of %1 cannot be moved aside, and a "
+        m_warnings.append(QStringLiteral("Warning: The applications of %1 cannot be moved aside, and a "
                                               "reinstallation that fails may remove them: %2")
-                                   .arg(m_token.text(), applications.error())));
+                                   .arg(m_token.text(), applications.error()));
     for (const CaskApplication &application : applications.value_or(QList<CaskApplication>()))
         if (isBundle(application.place))
             m_applications.append({application.place, asidePath(application.place)});
@@ -64,9 +60,8 @@ std::expected<std::unique_ptr<MovedAside>, QString> MovedAside::begin(CaskSettin
     aside->m_applications.removeIf([&aside](const Application &application) {
         if (moveToFreePlace(application.place, application.aside))
             return false;
-        aside->m_warnings.append(line(
-            QStringLiteral("Warning: %1 cannot be moved aside: a reinstallation that fails may remove it.")
-                .arg(application.place)));
+        aside->m_warnings.append(QStringLiteral("Warning: %1 cannot be moved aside: a reinstallation that fails may remove it.")
+                .arg(application.place));
         return true;
     });
     if (aside->m_applications.isEmpty())
@@ -100,14 +95,14 @@ QStringList MovedAside::putBack() {
     for (const Application &application : std::exchange(m_applications, {})) {
         const auto returned = returnToPlace(application.place, application.aside, *m_setting.trash);
         isComplete = isComplete && returned;
-        lines.append(returned ? line(QStringLiteral("Put %1 back as it was before.").arg(application.place))
-                              : line(QStringLiteral("Warning: %1").arg(returned.error())));
+        lines.append(returned ? QStringLiteral("Put %1 back as it was before.").arg(application.place)
+                              : QStringLiteral("Warning: %1").arg(returned.error()));
     }
     if (isComplete)
         m_note->remove(); // else the next operation tries again
     else if (!noted)
-        lines.append(line(QStringLiteral("Warning: It could not be noted that it is to be put back: %1")
-                              .arg(noted.error())));
+        lines.append(QStringLiteral("Warning: It could not be noted that it is to be put back: %1")
+                              .arg(noted.error()));
     return lines;
 }
 
@@ -121,8 +116,8 @@ QStringList MovedAside::discard() {
         const auto taken = m_setting.trash->take(application.aside);
         if (!taken)
             lines.append(
-                line(QStringLiteral("Warning: The old %1 is kept at %2: %3")
-                         .arg(QFileInfo(application.place).fileName(), application.aside, taken.error())));
+                QStringLiteral("Warning: The old %1 is kept at %2: %3")
+                         .arg(QFileInfo(application.place).fileName(), application.aside, taken.error()));
         isComplete = isComplete && taken;
     }
     if (isComplete)
@@ -159,16 +154,16 @@ bool MovedAside::concludeOne(const Application &application, const std::expected
                              Conclusion *end) const {
     const QString name = QFileInfo(application.place).fileName();
     if (!isWhole) {
-        end->lines.append(line(QStringLiteral("Warning: It cannot be told whether %1 is whole, so the one "
+        end->lines.append(QStringLiteral("Warning: It cannot be told whether %1 is whole, so the one "
                                               "from before is kept at %2: %3")
-                                   .arg(application.place, application.aside, isWhole.error())));
+                                   .arg(application.place, application.aside, isWhole.error()));
         return false;
     }
     if (*isWhole) {
         const auto taken = throwAway(application.aside, *m_setting.trash);
         if (!taken)
-            end->lines.append(line(QStringLiteral("Warning: The old %1 is kept at %2: %3")
-                                       .arg(name, application.aside, taken.error())));
+            end->lines.append(QStringLiteral("Warning: The old %1 is kept at %2: %3")
+                                       .arg(name, application.aside, taken.error()));
         return taken.has_value();
     }
     const QString flaw = isOccupied(application.place) ? QStringLiteral("whole") : QStringLiteral("there");
@@ -176,9 +171,9 @@ bool MovedAside::concludeOne(const Application &application, const std::expected
     const QString what =
         QStringLiteral("Error: Homebrew reported success, but %1 is not %2").arg(application.place, flaw);
     end->errors.append(
-        line(returned ? what + QStringLiteral("; the application from before is back") : what));
+        returned ? what + QStringLiteral("; the application from before is back") : what);
     if (!returned)
-        end->lines.append(line(QStringLiteral("Warning: %1").arg(returned.error())));
+        end->lines.append(QStringLiteral("Warning: %1").arg(returned.error()));
     return returned.has_value();
 }
 

@@ -126,7 +126,7 @@ MovedAsideLeftover::MovedAsideLeftover(CaskSetting setting)
     , m_setting(std::move(setting)) {}
 
 /// Only what could be an application of this cask, beside its place, is moved.
-Task<NoteLeftover::Settled> MovedAsideLeftover::settle(CrashNote note, RecoveryWork work) {
+Task<NoteLeftover::Settled> MovedAsideLeftover::settle(CrashNote note, LockedWork work) {
     const auto strays = straysOf(note.contents(), work.prefix);
     if (!strays)
         co_return Settled::Unusable;

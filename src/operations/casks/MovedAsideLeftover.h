@@ -13,7 +13,7 @@ class MovedAsideLeftover final : public NoteLeftover {
     explicit MovedAsideLeftover(CaskSetting setting);
 
   protected:
-    Task<Settled> settle(CrashNote note, RecoveryWork work) override;
+    Task<Settled> settle(CrashNote note, LockedWork work) override;
 
   private:
     CaskSetting m_setting;

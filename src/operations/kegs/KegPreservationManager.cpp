@@ -238,7 +238,7 @@ bool KegStoreLeftover::exists(const QString &) const {
     return m_kegs.hasLeftovers();
 }
 
-Task<> KegStoreLeftover::putRight(RecoveryWork work) {
+Task<> KegStoreLeftover::putRight(LockedWork work) {
     if (const auto swept = co_await m_kegs.sweep(); !swept)
         work.warn(QStringLiteral("The saved versions could not be put right: ") + swept.error());
 }

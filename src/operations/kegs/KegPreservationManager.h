@@ -107,7 +107,7 @@ class KegStoreLeftover final : public Leftover {
     explicit KegStoreLeftover(KegPreservationManager &kegs)
         : m_kegs(kegs) {}
     bool exists(const QString &prefix) const override;
-    Task<> putRight(RecoveryWork work) override;
+    Task<> putRight(LockedWork work) override;
 
   private:
     KegPreservationManager &m_kegs;

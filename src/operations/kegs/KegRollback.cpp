@@ -342,7 +342,7 @@ KegRollback::Leftover::Leftover(KegRollback &rollback)
                     .about = QStringLiteral("an interrupted rollback")})
     , m_rollback(rollback) {}
 
-Task<NoteLeftover::Settled> KegRollback::Leftover::settle(CrashNote note, RecoveryWork work) {
+Task<NoteLeftover::Settled> KegRollback::Leftover::settle(CrashNote note, LockedWork work) {
     const auto contents = RollbackNote::fromJson(note.contents(), work.prefix);
     const auto formula = contents ? PackageName::parse(contents->formula) : std::nullopt;
     if (!formula)

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/brew/BrewService.h"
-#include "operations/OperationReport.h"
+#include "operations/run/OperationReport.h"
 #include "operations/kegs/RollbackNote.h"
 #include "operations/recovery/NoteLeftover.h"
 
@@ -77,7 +77,7 @@ class KegRollback::Leftover final : public NoteLeftover {
     explicit Leftover(KegRollback &rollback);
 
   protected:
-    Task<Settled> settle(CrashNote note, RecoveryWork work) override;
+    Task<Settled> settle(CrashNote note, LockedWork work) override;
 
   private:
     KegRollback &m_rollback;

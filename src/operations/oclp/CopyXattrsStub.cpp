@@ -56,7 +56,7 @@ bool CopyXattrsLeftover::exists(const QString &prefix) const {
     return !prefix.isEmpty() && QFileInfo::exists(backupOf(scriptIn(prefix)));
 }
 
-Task<> CopyXattrsLeftover::putRight(RecoveryWork work) {
+Task<> CopyXattrsLeftover::putRight(LockedWork work) {
     if (restore(scriptIn(work.prefix)))
         work.say(QStringLiteral("Put Homebrew's copy-xattrs back after an interrupted update."));
     else

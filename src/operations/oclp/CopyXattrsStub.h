@@ -27,7 +27,7 @@ class CopyXattrsStub {
 class CopyXattrsLeftover final : public Leftover {
   public:
     bool exists(const QString &prefix) const override;
-    Task<> putRight(RecoveryWork work) override;
+    Task<> putRight(LockedWork work) override;
 };
 
 } // namespace larkspur

@@ -1,6 +1,8 @@
 #pragma once
 
-#include "operations/OperationRequest.h"
+#include <QList>
+#include <QString>
+#include <QStringList>
 
 #include <optional>
 
@@ -24,19 +26,28 @@ struct PlannedChange {
 /// What an operation is going to do, as far as Homebrew tells beforehand.
 struct OperationPlan {
     QList<PlannedChange> changes = {};
-    QStringList pinned = {};     ///< held back, or to be unpinned for the operation
+    QStringList pinned = {};     ///< to be unpinned for the operation, if not held back
+    bool leavesPinned = false;   ///< what is pinned is held back
     QStringList dependents = {}; ///< stay installed although they need what is removed
     QStringList privileged = {}; ///< casks that are likely to want administrator rights
     std::optional<QString> downloadSize = std::nullopt; ///< as Homebrew prints it
     QString failure = {};                               ///< why Homebrew told nothing; empty if it did
 
+    /// Of everything that changes.
+    QStringList names() const;
     bool needsAdministrator() const { return !privileged.isEmpty(); }
 };
 
-/// The changes in the output of `brew upgrade --dry-run`; adds to what the plan holds.
-void readDryRun(const QString &output, OperationPlan &plan);
+/// What a person is asked before an operation starts.
+struct PlanQuestion {
+    QString text;   ///< "Upgrade wget?"
+    QString action; ///< what the button says: "Upgrade"
+    bool removes = false;
+    bool isMust = false; ///< asked even of somebody who does not want to see plans
+    QString refusal = {}; ///< why nothing is begun where nobody can be asked; empty: it is
+};
 
 /// The plan in words, one thought per line: for the terminal and for screen readers.
-QStringList describePlan(const OperationRequest &request, const OperationPlan &plan);
+QStringList describePlan(const OperationPlan &plan);
 
 } // namespace larkspur

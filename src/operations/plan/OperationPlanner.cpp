@@ -1,8 +1,8 @@
 #include "operations/plan/OperationPlanner.h"
 
-#include "core/brew/BrewService.h"
 #include "core/brew/PackageName.h"
 #include "inventory/queries/InventoryQueries.h"
+#include "operations/plan/DryRun.h"
 
 #include <algorithm>
 
@@ -18,16 +18,12 @@ QStringList namesOf(const QList<PackageTarget> &packages, bool isCask) {
     return names;
 }
 
-bool isNamed(const PackageTarget &package) {
-    return PackageName::parse(package.name).has_value();
-}
-
-BrewArguments dryRunOf(const BrewWord &kind, const QStringList &names) {
-    BrewArguments arguments{"upgrade", "--dry-run", kind};
-    for (const QString &text : names)
-        if (const auto name = PackageName::parse(text))
-            arguments.append(*name);
-    return arguments;
+/// Why one of them can be named to nobody.
+QString refusalOf(const QList<PackageTarget> &packages) {
+    const auto refused = std::ranges::find_if_not(packages, [](const PackageTarget &package) {
+        return PackageName::parse(package.name).has_value();
+    });
+    return refused == packages.end() ? QString() : BrewError::packageNotFound(refused->name).description();
 }
 
 QStringList pinnedOf(const QList<PackageTarget> &packages) {
@@ -44,64 +40,61 @@ OperationPlanner::OperationPlanner(BrewService &brew, InventoryQueries &queries)
     : m_brew(brew)
     , m_queries(queries) {}
 
-bool OperationPlanner::plans(OperationKind kind) {
-    return kind == OperationKind::Upgrade || kind == OperationKind::UpgradeAll ||
-           kind == OperationKind::Uninstall;
-}
-
-Task<OperationPlan> OperationPlanner::plan(OperationRequest request, StopToken stop) {
-    const auto refused = std::ranges::find_if_not(request.packages, isNamed);
-    if (refused != request.packages.end())
-        co_return OperationPlan{.failure = BrewError::packageNotFound(refused->name).description()};
-    if (request.kind == OperationKind::Uninstall)
-        co_return co_await planRemoval(std::move(request), std::move(stop));
-    co_return co_await planUpgrade(std::move(request), std::move(stop));
-}
-
-Task<OperationPlan> OperationPlanner::planUpgrade(OperationRequest request, StopToken stop) {
-    OperationPlan plan;
-    plan.pinned = pinnedOf(request.packages);
-    const QStringList formulae = namesOf(request.packages, false);
-    const QStringList casks = namesOf(request.packages, true);
-    QList<BrewArguments> commands;
-    if (request.kind == OperationKind::UpgradeAll)
-        commands.append(BrewArguments{"upgrade", "--dry-run"});
-    if (request.kind == OperationKind::Upgrade && !formulae.isEmpty())
-        commands.append(dryRunOf("--formula", formulae));
-    if (request.kind == OperationKind::Upgrade && !casks.isEmpty())
-        commands.append(dryRunOf("--cask", casks));
-    for (const BrewArguments &command : commands) {
-        const auto answer =
-            co_await m_brew.execute({.arguments = command, .suppressAutoUpdate = true, .stop = stop});
-        if (!answer) {
-            plan.failure = answer.error().description();
-            continue;
-        }
-        readDryRun(answer->combinedOutput(), plan);
-        // A pinned package, named, makes the dry run fail; the operation itself unpins it first.
-        if (answer->exitCode != 0 && plan.changes.isEmpty() && plan.pinned.isEmpty())
-            plan.failure = answer->verdict().error().description();
+Task<> OperationPlanner::addDryRun(BrewCommand command, OperationPlan *plan) {
+    const auto answer = co_await m_brew.execute(std::move(command));
+    if (!answer) {
+        plan->failure = answer.error().description();
+        co_return;
     }
-    for (const PackageTarget &package : request.packages)
-        if (package.isPinned && request.kind == OperationKind::Upgrade)
+    readDryRun(answer->combinedOutput(), *plan);
+    // A pinned package, named, makes the dry run fail; the operation itself unpins it first.
+    if (answer->exitCode != 0 && plan->changes.isEmpty() && plan->pinned.isEmpty())
+        plan->failure = answer->verdict().error().description();
+}
+
+Task<OperationPlan> OperationPlanner::planUpgrade(QList<PackageTarget> packages, StopToken stop) {
+    OperationPlan plan{.pinned = pinnedOf(packages), .failure = refusalOf(packages)};
+    if (!plan.failure.isEmpty())
+        co_return plan;
+    const QStringList formulae = namesOf(packages, false);
+    const QStringList casks = namesOf(packages, true);
+    if (!formulae.isEmpty())
+        co_await addDryRun(dryRunOf(formulae, false, stop), &plan);
+    if (!casks.isEmpty())
+        co_await addDryRun(dryRunOf(casks, true, stop), &plan);
+    for (const PackageTarget &package : packages)
+        if (package.isPinned)
             plan.changes.append({package.name, package.installedVersion, package.latestVersion});
     QStringList tokens;
     for (const PlannedChange &change : plan.changes)
-        if (casks.contains(change.name) || request.kind == OperationKind::UpgradeAll)
+        if (casks.contains(change.name))
             tokens.append(shortName(change.name));
     if (!casks.isEmpty())
         plan.privileged = co_await privilegedAmong(tokens, stop);
     co_return plan;
 }
 
-Task<OperationPlan> OperationPlanner::planRemoval(OperationRequest request, StopToken stop) {
-    OperationPlan plan;
+Task<OperationPlan> OperationPlanner::planUpgradeOfAll(QList<PackageTarget> outdated, StopToken stop) {
+    OperationPlan plan{.pinned = pinnedOf(outdated), .leavesPinned = true};
+    co_await addDryRun(dryRunOfAll(stop), &plan);
+    QStringList names;
+    for (const PlannedChange &change : plan.changes)
+        names.append(shortName(change.name));
+    if (!namesOf(outdated, true).isEmpty())
+        plan.privileged = co_await privilegedAmong(names, stop);
+    co_return plan;
+}
+
+Task<OperationPlan> OperationPlanner::planRemoval(QList<PackageTarget> packages, StopToken stop) {
+    OperationPlan plan{.failure = refusalOf(packages)};
+    if (!plan.failure.isEmpty())
+        co_return plan;
     QStringList removed;
-    for (const PackageTarget &package : request.packages) {
+    for (const PackageTarget &package : packages) {
         plan.changes.append({package.name, package.installedVersion, {}});
         removed.append(shortName(package.name));
     }
-    for (const QString &name : namesOf(request.packages, false)) {
+    for (const QString &name : namesOf(packages, false)) {
         const auto dependents = co_await m_queries.dependents(name, stop);
         if (!dependents) {
             plan.failure = dependents.error().description();
@@ -111,7 +104,7 @@ Task<OperationPlan> OperationPlanner::planRemoval(OperationRequest request, Stop
             if (!removed.contains(shortName(dependent)) && !plan.dependents.contains(dependent))
                 plan.dependents.append(dependent);
     }
-    if (const QStringList casks = namesOf(request.packages, true); !casks.isEmpty())
+    if (const QStringList casks = namesOf(packages, true); !casks.isEmpty())
         plan.privileged = co_await privilegedAmong(casks, stop);
     co_return plan;
 }

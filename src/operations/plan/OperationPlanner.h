@@ -1,11 +1,12 @@
 #pragma once
 
 #include "core/async/Task.h"
+#include "core/brew/BrewService.h"
 #include "operations/plan/OperationPlan.h"
+#include "operations/run/PackageTarget.h"
 
 namespace larkspur {
 
-class BrewService;
 class InventoryQueries;
 
 /// Asks Homebrew, without changing anything, what an upgrade or a removal would do.
@@ -13,15 +14,13 @@ class OperationPlanner {
   public:
     OperationPlanner(BrewService &brew, InventoryQueries &queries);
 
-    /// Whether there is anything to tell about this kind of operation beforehand.
-    static bool plans(OperationKind kind);
-
-    /// Never fails: a plan that could not be made says why.
-    Task<OperationPlan> plan(OperationRequest request, StopToken stop = {});
+    // None of them fails: a plan that could not be made says why.
+    Task<OperationPlan> planUpgrade(QList<PackageTarget> packages, StopToken stop);
+    Task<OperationPlan> planUpgradeOfAll(QList<PackageTarget> outdated, StopToken stop);
+    Task<OperationPlan> planRemoval(QList<PackageTarget> packages, StopToken stop);
 
   private:
-    Task<OperationPlan> planUpgrade(OperationRequest request, StopToken stop);
-    Task<OperationPlan> planRemoval(OperationRequest request, StopToken stop);
+    Task<> addDryRun(BrewCommand command, OperationPlan *plan);
     Task<QStringList> privilegedAmong(QStringList tokens, StopToken stop);
 
     BrewService &m_brew;

@@ -11,7 +11,7 @@ bool SecretLeftover::exists(const QString &) const {
     return m_files.hasLeftover();
 }
 
-Task<> SecretLeftover::putRight(RecoveryWork) {
+Task<> SecretLeftover::putRight(LockedWork) {
     m_files.removeLeftover();
     co_return;
 }
@@ -20,7 +20,7 @@ bool UnfinishedFilesLeftover::exists(const QString &) const {
     return std::ranges::any_of(m_folders, hasUnfinishedFiles);
 }
 
-Task<> UnfinishedFilesLeftover::putRight(RecoveryWork) {
+Task<> UnfinishedFilesLeftover::putRight(LockedWork) {
     std::ranges::for_each(m_folders, removeUnfinishedFiles);
     co_return;
 }

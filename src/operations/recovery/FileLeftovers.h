@@ -14,7 +14,7 @@ class SecretLeftover final : public Leftover {
     explicit SecretLeftover(const AskpassFiles &files)
         : m_files(files) {}
     bool exists(const QString &prefix) const override;
-    Task<> putRight(RecoveryWork work) override;
+    Task<> putRight(LockedWork work) override;
 
   private:
     const AskpassFiles &m_files;
@@ -26,7 +26,7 @@ class UnfinishedFilesLeftover final : public Leftover {
     explicit UnfinishedFilesLeftover(QStringList folders)
         : m_folders(std::move(folders)) {}
     bool exists(const QString &prefix) const override;
-    Task<> putRight(RecoveryWork work) override;
+    Task<> putRight(LockedWork work) override;
 
   private:
     QStringList m_folders;

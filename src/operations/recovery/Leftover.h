@@ -1,27 +1,9 @@
 #pragma once
 
 #include "core/async/Task.h"
-#include "core/brew/OperationContext.h"
-
-#include <QString>
+#include "operations/run/LockedWork.h"
 
 namespace larkspur {
-
-class BrewSession;
-class Logger;
-
-/// What a recovery works with.
-struct RecoveryWork {
-    BrewSession *session;     ///< holds the operation lock
-    OperationContext context; ///< a repairing one
-    QString prefix;           ///< of Homebrew; empty where unknown
-    Logger *logger;
-
-    /// For the person and for the log.
-    void say(const QString &line) const;
-    /// The same for what could not be put right.
-    void warn(const QString &text) const;
-};
 
 /// Something that an operation can leave behind when the program dies under it.
 class Leftover {
@@ -34,8 +16,9 @@ class Leftover {
     /// Whether any of it is this Homebrew's; as cheap.
     virtual bool concerns(const QString &prefix) const { return exists(prefix); }
 
-    /// Under the lock. What cannot be put right is said, and stays for the next time.
-    virtual Task<> putRight(RecoveryWork work) = 0;
+    /// Under the lock, with a context that repairs. What cannot be put right is said, and stays for the next
+    /// time.
+    virtual Task<> putRight(LockedWork work) = 0;
 };
 
 } // namespace larkspur

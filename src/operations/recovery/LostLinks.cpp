@@ -31,7 +31,7 @@ std::optional<QStringList> namesOf(const QJsonObject &note, const QString &prefi
 }
 
 /// Returns the formulae that could not be linked, or may not be.
-Task<QStringList> linkAgain(QStringList names, RecoveryWork work) {
+Task<QStringList> linkAgain(QStringList names, LockedWork work) {
     const auto installed =
         co_await runInWorker([prefix = work.prefix] { return InstalledPackages::at(prefix); });
     if (!installed) {
@@ -55,7 +55,7 @@ Task<QStringList> linkAgain(QStringList names, RecoveryWork work) {
 }
 
 /// True if none is left. Else the note holds only those: what is linked now is its owner's to unlink.
-Task<bool> settleLinks(QStringList names, CrashNote note, RecoveryWork work) {
+Task<bool> settleLinks(QStringList names, CrashNote note, LockedWork work) {
     const QStringList failed = co_await linkAgain(names, work);
     if (failed.isEmpty() || failed.size() == names.size())
         co_return failed.isEmpty();
@@ -81,7 +81,7 @@ LostLinks::LostLinks(const InstalledPackages &before, const QString &prefix, con
                           .arg(note.error());
 }
 
-Task<bool> LostLinks::relink(RecoveryWork work) const {
+Task<bool> LostLinks::relink(LockedWork work) const {
     const QStringList names = m_names;
     const std::optional<CrashNote> note = m_note;
     work.context = work.context.repairing();
@@ -98,7 +98,7 @@ LostLinksLeftover::LostLinksLeftover(const QString &noteFolder)
                     .kind = kind,
                     .about = QStringLiteral("what was linked before an interrupted operation")}) {}
 
-Task<NoteLeftover::Settled> LostLinksLeftover::settle(CrashNote note, RecoveryWork work) {
+Task<NoteLeftover::Settled> LostLinksLeftover::settle(CrashNote note, LockedWork work) {
     const auto names = namesOf(note.contents(), work.prefix);
     if (!names)
         co_return Settled::Unusable;

@@ -18,7 +18,7 @@ class LostLinks {
 
     /// Links again what is installed and was linked before. False if that failed for one: the output says so,
     /// and the next operation tries again.
-    Task<bool> relink(RecoveryWork work) const;
+    Task<bool> relink(LockedWork work) const;
 
   private:
     QStringList m_names;
@@ -32,7 +32,7 @@ class LostLinksLeftover final : public NoteLeftover {
     explicit LostLinksLeftover(const QString &noteFolder);
 
   protected:
-    Task<Settled> settle(CrashNote note, RecoveryWork work) override;
+    Task<Settled> settle(CrashNote note, LockedWork work) override;
 };
 
 } // namespace larkspur

@@ -27,7 +27,7 @@ bool NoteLeftover::concerns(const QString &prefix) const {
                                [&](const CrashNote &note) { return !isOfAnother(note, prefix); });
 }
 
-Task<> NoteLeftover::putRight(RecoveryWork work) {
+Task<> NoteLeftover::putRight(LockedWork work) {
     const CrashNote::Standing standing = CrashNote::standing(m_notes.folder, m_notes.kind);
     for (const CrashNote &note : standing.readable) {
         if (isOfAnother(note, work.prefix)) {
@@ -47,7 +47,7 @@ Task<> NoteLeftover::putRight(RecoveryWork work) {
         keepUnusable(note, work);
 }
 
-void NoteLeftover::keepUnusable(const CrashNote &note, const RecoveryWork &work) const {
+void NoteLeftover::keepUnusable(const CrashNote &note, const LockedWork &work) const {
     const auto aside = note.setAside();
     const QString where = aside ? QStringLiteral("it is kept as %1").arg(*aside)
                                 : QStringLiteral("it still lies at %1 (%2)").arg(note.path(), aside.error());

@@ -11,7 +11,7 @@ class NoteLeftover : public Leftover {
   public:
     bool exists(const QString &prefix) const override;
     bool concerns(const QString &prefix) const override;
-    Task<> putRight(RecoveryWork work) override;
+    Task<> putRight(LockedWork work) override;
 
   protected:
     struct Notes {
@@ -29,10 +29,10 @@ class NoteLeftover : public Leftover {
         Unusable, ///< it makes no sense
     };
     /// Puts right what one note tells of. It is read as if a stranger had written it.
-    virtual Task<Settled> settle(CrashNote note, RecoveryWork work) = 0;
+    virtual Task<Settled> settle(CrashNote note, LockedWork work) = 0;
 
   private:
-    void keepUnusable(const CrashNote &note, const RecoveryWork &work) const;
+    void keepUnusable(const CrashNote &note, const LockedWork &work) const;
 
     Notes m_notes;
 };

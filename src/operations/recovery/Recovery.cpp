@@ -41,7 +41,7 @@ Task<> Recovery::putRight(BrewSession *session, OperationContext context) {
     const auto answer = co_await session->execute(
         {.arguments = {"--prefix"}, .suppressAutoUpdate = true, .stop = context.stop});
     const bool isAnswer = answer && answer->succeeded();
-    const RecoveryWork work{.session = session,
+    const LockedWork work{.session = session,
                             .context = std::move(context),
                             .prefix = isAnswer ? answer->standardOutput().trimmed() : co_await likelyPrefix(),
                             .logger = &m_parts.logger};

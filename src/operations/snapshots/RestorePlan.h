@@ -1,6 +1,6 @@
 #pragma once
 
-#include "operations/OperationRequest.h"
+#include "operations/snapshots/RestoreOrder.h"
 #include "operations/snapshots/Snapshot.h"
 
 namespace larkspur {

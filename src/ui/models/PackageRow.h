@@ -1,7 +1,7 @@
 #pragma once
 
 #include "inventory/state/Inventory.h"
-#include "operations/OperationRequest.h"
+#include "operations/run/PackageTarget.h"
 
 namespace larkspur {
 class UserDataManager;

@@ -3,9 +3,10 @@
 #include "core/brew/PackageName.h"
 #include "inventory/state/InventoryState.h"
 #include "operations/OperationCenter.h"
-#include "operations/TerminalCommand.h"
 #include "operations/kegs/KegPreservationManager.h"
-#include "operations/outcome/FailureSummary.h"
+#include "operations/kegs/RollBackKegs.h"
+#include "operations/packages/PinPackages.h"
+#include "operations/services/RestartServices.h"
 #include "ui/operation/RunInTerminal.h"
 #include "ui/theme/Icons.h"
 #include "ui/widgets/PlainText.h"
@@ -33,13 +34,16 @@ FollowUpBar::FollowUpBar(Services services, QWidget *parent)
     m_skip->setToolTip(tr("Its update is not shown until a newer version comes."));
     m_pin->setToolTip(
         tr("A pinned formula keeps its version; otherwise the next upgrade undoes the rollback."));
-    connect(m_restart, &QPushButton::clicked, this, &FollowUpBar::restartServices);
+    connect(m_restart, &QPushButton::clicked, this, [this] {
+        m_services.operations.start(
+            restartServices(m_services.packages, m_run->report().servicesToRestart));
+    });
     connect(m_skip, &QPushButton::clicked, this, &FollowUpBar::skip);
     connect(m_pin, &QPushButton::clicked, this, [this] {
-        m_services.operations.start({.kind = OperationKind::Pin, .packages = m_run->request().packages});
+        m_services.operations.start(pinPackages(m_services.packages, rolledBack()));
     });
     connect(m_rollBack, &QPushButton::clicked, this, [this] {
-        m_services.operations.start({.kind = OperationKind::RollBack, .packages = rollbackTargets()});
+        m_services.operations.start(rollBackKegs(m_services.packages, rollbackTargets()));
     });
     connect(m_terminal, &QPushButton::clicked, this,
             [this] { runInTerminal(commandForTerminal(), window()); });
@@ -54,8 +58,12 @@ void FollowUpBar::follow(const OperationRun *run) {
     offer();
 }
 
-bool FollowUpBar::isRolledBack() const {
-    return m_run->request().kind == OperationKind::RollBack && m_run->outcome() != OperationOutcome::Failed;
+QList<PackageTarget> FollowUpBar::rolledBack() const {
+    QList<PackageTarget> packages;
+    for (const PackageResult &result : m_run->report().packages)
+        if (result.deed == Deed::RolledBack && result.isDone())
+            packages.append(result.package);
+    return packages;
 }
 
 void FollowUpBar::offer() {
@@ -65,15 +73,15 @@ void FollowUpBar::offer() {
         return;
     }
     const QStringList services = m_run->report().servicesToRestart;
-    const QList<PackageTarget> &packages = m_run->request().packages;
+    const QList<PackageTarget> packages = rolledBack();
     const bool hasFailed = m_run->outcome() == OperationOutcome::Failed;
     m_restart->setVisible(!services.isEmpty());
     m_restart->setText(services.size() == 1 ? tr("Restart %1").arg(inCaption(services.first()))
                                             : tr("Restart %1 Services").arg(services.size()));
-    m_pin->setVisible(isRolledBack());
+    m_pin->setVisible(!packages.isEmpty());
     m_pin->setText(packages.size() == 1 ? tr("Pin %1").arg(inCaption(packages.first().name))
                                         : tr("Pin Them"));
-    m_skip->setVisible(isRolledBack() && !m_hasSkipped &&
+    m_skip->setVisible(!m_hasSkipped &&
                        std::ranges::any_of(packages, [this](const auto &package) {
                            return !versionToSkip(package).isEmpty();
                        }));
@@ -93,7 +101,7 @@ QString FollowUpBar::versionToSkip(const PackageTarget &package) const {
 }
 
 void FollowUpBar::skip() {
-    for (const PackageTarget &package : m_run->request().packages)
+    for (const PackageTarget &package : rolledBack())
         if (const QString version = versionToSkip(package); !version.isEmpty())
             m_services.userData.snoozePackage(shortName(package.name), version, package.isCask,
                                               UntilNextVersion());
@@ -101,14 +109,11 @@ void FollowUpBar::skip() {
     offer();
 }
 
-/// The formulae of a failed upgrade that were preserved before it.
 QList<PackageTarget> FollowUpBar::rollbackTargets() const {
     QList<PackageTarget> targets;
-    if (m_run->request().kind != OperationKind::Upgrade)
-        return targets;
     for (const PackageResult &result : m_run->report().packages) {
         const PackageTarget &package = result.package;
-        if (result.end == PackageEnd::Failed && !package.isCask &&
+        if (result.deed == Deed::Upgraded && result.end == PackageEnd::Failed && !package.isCask &&
             m_services.kegs.canRollBack(shortName(package.name), package.installedVersion)) {
             targets.append(package);
             std::swap(targets.last().latestVersion, targets.last().installedVersion);
@@ -117,16 +122,9 @@ QList<PackageTarget> FollowUpBar::rollbackTargets() const {
     return targets;
 }
 
-void FollowUpBar::restartServices() {
-    OperationRequest request{.kind = OperationKind::RestartService};
-    for (const QString &name : m_run->report().servicesToRestart)
-        request.packages.append({.name = name});
-    m_services.operations.start(request);
-}
-
 QString FollowUpBar::commandForTerminal() const {
     const QString needed = m_run->failureSummary().commandToCopy;
-    return needed.isEmpty() ? terminalCommand(m_run->request()) : needed;
+    return needed.isEmpty() ? m_run->operation()->terminalCommand() : needed;
 }
 
 } // namespace larkspur::ui

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "operations/OperationRequest.h"
+#include "operations/run/PackageTarget.h"
 
+#include <QList>
 #include <QWidget>
 
 class QPushButton;
@@ -12,6 +13,7 @@ class KegPreservationManager;
 class OperationCenter;
 class OperationRun;
 class UserDataManager;
+struct PackageServices;
 } // namespace larkspur
 
 namespace larkspur::ui {
@@ -23,6 +25,7 @@ class FollowUpBar : public QWidget {
   public:
     struct Services {
         OperationCenter &operations;
+        const PackageServices &packages;
         InventoryState &inventory;
         KegPreservationManager &kegs;
         UserDataManager &userData;
@@ -35,11 +38,12 @@ class FollowUpBar : public QWidget {
   private:
     void offer();
     void skip();
-    void restartServices();
     QString versionToSkip(const PackageTarget &package) const;
+    /// What has been rolled back.
+    QList<PackageTarget> rolledBack() const;
+    /// What can be, after an upgrade of it that failed.
     QList<PackageTarget> rollbackTargets() const;
     QString commandForTerminal() const;
-    bool isRolledBack() const;
 
     Services m_services;
     const OperationRun *m_run = nullptr;

@@ -2,7 +2,6 @@
 
 #include "core/async/TaskScope.h"
 #include "core/settings/Preferences.h"
-#include "operations/plan/OperationPlanner.h"
 
 #include <QCheckBox>
 #include <QDialogButtonBox>
@@ -19,21 +18,11 @@ namespace larkspur::ui {
 
 namespace {
 
-Task<> makePlan(OperationPlanner *planner, OperationRequest request, StopToken stop, QPointer<QObject> sheet,
+Task<> makePlan(OperationPtr operation, StopToken stop, QPointer<QObject> sheet,
                 std::function<void(const OperationPlan &)> done) {
-    const OperationPlan plan = co_await planner->plan(std::move(request), std::move(stop));
+    const OperationPlan plan = co_await operation->plan(std::move(stop));
     if (sheet)
         done(plan);
-}
-
-QString question(const OperationRequest &request) {
-    const bool isRemoval = request.kind == OperationKind::Uninstall;
-    const QString verb = isRemoval ? PlanSheet::tr("Uninstall") : PlanSheet::tr("Upgrade");
-    if (request.kind == OperationKind::UpgradeAll)
-        return PlanSheet::tr("Upgrade everything that is outdated?");
-    return request.packages.size() == 1
-               ? QStringLiteral("%1 %2?").arg(verb, request.packages.first().name)
-               : PlanSheet::tr("%1 %2 packages?").arg(verb).arg(request.packages.size());
 }
 
 QString roleText(PlannedChange::Role role) {
@@ -50,17 +39,17 @@ QString roleText(PlannedChange::Role role) {
 
 } // namespace
 
-PlanSheet::PlanSheet(Services services, OperationRequest request, QWidget *parent)
+PlanSheet::PlanSheet(Services services, OperationPtr operation, QWidget *parent)
     : QDialog(parent)
-    , m_request(std::move(request))
+    , m_operation(std::move(operation))
+    , m_question(m_operation->question().value_or(PlanQuestion()))
     , m_state(new QLabel(tr("Asking Homebrew what will happen…")))
     , m_changes(new QTreeWidget)
     , m_remarks(new QLabel)
     , m_again(new QCheckBox(tr("Show this before every upgrade and removal"))) {
-    const bool isRemoval = m_request.kind == OperationKind::Uninstall;
-    setWindowTitle(isRemoval ? tr("Uninstall") : tr("Upgrade"));
+    setWindowTitle(m_question.action);
     setMinimumWidth(520);
-    auto *title = new QLabel(question(m_request));
+    auto *title = new QLabel(m_question.text);
     QFont bold = title->font();
     bold.setWeight(QFont::DemiBold);
     bold.setPointSizeF(bold.pointSizeF() * 1.15);
@@ -68,7 +57,7 @@ PlanSheet::PlanSheet(Services services, OperationRequest request, QWidget *paren
     title->setWordWrap(true);
     m_state->setForegroundRole(QPalette::PlaceholderText);
     m_changes->setHeaderLabels(
-        {tr("Package"), tr("Installed"), isRemoval ? tr("Then") : tr("New version"), QString()});
+        {tr("Package"), tr("Installed"), m_question.removes ? tr("Then") : tr("New version"), QString()});
     m_changes->setRootIsDecorated(false);
     m_changes->setAccessibleName(tr("What will change"));
     m_changes->hide();
@@ -79,7 +68,7 @@ PlanSheet::PlanSheet(Services services, OperationRequest request, QWidget *paren
             [&preferences = services.preferences](bool on) { preferences.set(keys::showOperationPlan, on); });
     auto *buttons = new QDialogButtonBox;
     buttons->addButton(tr("Cancel"), QDialogButtonBox::RejectRole)->setAutoDefault(false);
-    m_start = buttons->addButton(isRemoval ? tr("Uninstall") : tr("Upgrade"), QDialogButtonBox::AcceptRole);
+    m_start = buttons->addButton(m_question.action, QDialogButtonBox::AcceptRole);
     m_start->setDefault(true);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
@@ -93,7 +82,7 @@ PlanSheet::PlanSheet(Services services, OperationRequest request, QWidget *paren
     layout->addWidget(m_again);
     layout->addWidget(buttons);
     services.tasks.spawn(QStringLiteral("The plan of an operation"),
-                         makePlan(&services.planner, m_request, m_stop.get_token(), this,
+                         makePlan(m_operation, m_stop.get_token(), this,
                                   [this](const OperationPlan &plan) { show(plan); }));
 }
 
@@ -102,15 +91,10 @@ PlanSheet::~PlanSheet() {
 }
 
 void PlanSheet::show(const OperationPlan &plan) {
-    if (m_request.isUpgrade() && plan.failure.isEmpty()) {
-        m_request.replacedFormulae = QStringList();
-        for (const PlannedChange &change : plan.changes)
-            m_request.replacedFormulae->append(change.name);
-    }
-    const bool isRemoval = m_request.kind == OperationKind::Uninstall;
+    m_operation->agree(plan); // starting it without having seen this is not possible any more
     for (const PlannedChange &change : plan.changes)
         m_changes->addTopLevelItem(new QTreeWidgetItem(
-            {change.name, change.from, isRemoval ? tr("removed") : change.to, roleText(change.role)}));
+            {change.name, change.from, m_question.removes ? tr("removed") : change.to, roleText(change.role)}));
     for (int column = 0; column < m_changes->columnCount(); ++column)
         m_changes->resizeColumnToContents(column);
     constexpr int shownRows = 9;
@@ -127,7 +111,7 @@ void PlanSheet::show(const OperationPlan &plan) {
 void PlanSheet::addRemarks(const OperationPlan &plan) {
     OperationPlan withoutChanges = plan;
     withoutChanges.changes.clear();
-    const QStringList remarks = describePlan(m_request, withoutChanges);
+    const QStringList remarks = describePlan(withoutChanges);
     m_remarks->setText(remarks.join(QLatin1Char('\n')));
     m_remarks->setVisible(!remarks.isEmpty());
 }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include "core/async/Task.h"
-#include "operations/plan/OperationPlan.h"
+#include "operations/run/Operation.h"
 
 #include <QDialog>
 
@@ -11,34 +10,33 @@ class QPushButton;
 class QTreeWidget;
 
 namespace larkspur {
-class OperationPlanner;
 class Preferences;
 class TaskScope;
 } // namespace larkspur
 
 namespace larkspur::ui {
 
-/// Shows what an upgrade or a removal will do and lets the person start it or think again.
+/// Shows what an operation that asks beforehand will do and lets the person start it or think again.
 class PlanSheet : public QDialog {
     Q_OBJECT
   public:
     struct Services {
-        OperationPlanner &planner;
         Preferences &preferences;
         TaskScope &tasks;
     };
 
-    PlanSheet(Services services, OperationRequest request, QWidget *parent = nullptr);
+    PlanSheet(Services services, OperationPtr operation, QWidget *parent = nullptr);
     ~PlanSheet() override;
 
-    /// The request, with what Homebrew has told about it.
-    const OperationRequest &request() const { return m_request; }
+    /// What it is about; it knows what the person was shown.
+    const OperationPtr &operation() const { return m_operation; }
 
   private:
     void show(const OperationPlan &plan);
     void addRemarks(const OperationPlan &plan);
 
-    OperationRequest m_request;
+    OperationPtr m_operation;
+    PlanQuestion m_question;
     StopSource m_stop; ///< of the question to Homebrew
     QLabel *m_state;
     QTreeWidget *m_changes;

@@ -1,6 +1,6 @@
 #include "ui/operation/RunInTerminal.h"
 
-#include "operations/TerminalCommand.h"
+#include "operations/packages/TerminalCommand.h"
 
 #include <QClipboard>
 #include <QCoreApplication>

@@ -1,31 +1,18 @@
 #include "ui/screens/UpdatesScreen.h"
 
-#include "core/async/TaskScope.h"
-#include "core/errors/AppError.h"
 #include "inventory/state/InventoryState.h"
-#include "operations/CatalogueUpdate.h"
 #include "operations/OperationCenter.h"
+#include "operations/catalogue/UpdateHomebrew.h"
 #include "ui/theme/Icons.h"
 #include "ui/widgets/EmptyState.h"
 #include "ui/widgets/PackageTable.h"
 #include "ui/widgets/ScreenHeader.h"
 
-#include <QPointer>
 #include <QPushButton>
 
 #include <algorithm>
 
 namespace larkspur::ui {
-
-namespace {
-
-Task<> check(CatalogueUpdate *update, QPointer<QObject> asker, std::function<void(Result<bool>)> done) {
-    const auto result = co_await update->run({.output = nullptr});
-    if (asker)
-        done(result);
-}
-
-} // namespace
 
 UpdatesScreen::UpdatesScreen(Services services)
     : PackageScreen(tr("Updates"), tr("Filter updates"), services.inventory, services.queries,
@@ -97,14 +84,16 @@ void UpdatesScreen::checkForUpdates() {
     m_isChecking = true;
     m_problem.clear();
     reload();
-    m_services.actions.tasks.spawn(
-        QStringLiteral("The check for updates"),
-        check(&m_services.catalogueUpdate, this, [this](const Result<bool> &result) {
-            m_isChecking = false;
-            if (!result)
-                m_problem = tr("The check failed: %1").arg(AppError::from(result.error()).message());
-            reload();
-        }));
+    OperationRun *run = m_services.actions.operations.create(updateHomebrew());
+    connect(run, &OperationRun::finished, this, [this, run] { endCheck(*run); });
+    m_services.actions.operations.start(run);
+}
+
+void UpdatesScreen::endCheck(const OperationRun &run) {
+    m_isChecking = false;
+    if (run.outcome() == OperationOutcome::Failed && !run.wasStopped())
+        m_problem = tr("The check failed: %1").arg(run.failureSummary().text);
+    reload();
 }
 
 void UpdatesScreen::showEmptyState() {

@@ -5,7 +5,7 @@
 class QPushButton;
 
 namespace larkspur {
-class CatalogueUpdate;
+class OperationRun;
 }
 
 namespace larkspur::ui {
@@ -17,7 +17,6 @@ class UpdatesScreen : public PackageScreen {
     struct Services {
         InventoryState &inventory;
         InventoryQueries &queries;
-        CatalogueUpdate &catalogueUpdate;
         PackageActions::Services actions;
     };
 
@@ -28,6 +27,7 @@ class UpdatesScreen : public PackageScreen {
 
   private:
     void checkForUpdates();
+    void endCheck(const OperationRun &run);
     void updateButtons();
     void showEmptyState();
     QList<PackageRow> upgradable() const;

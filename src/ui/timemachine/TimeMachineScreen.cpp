@@ -2,6 +2,7 @@
 
 #include "core/async/TaskScope.h"
 #include "operations/OperationCenter.h"
+#include "operations/snapshots/RestoreSnapshot.h"
 #include "operations/kegs/KegPreservationManager.h"
 #include "operations/snapshots/SnapshotManager.h"
 #include "ui/theme/Icons.h"
@@ -294,7 +295,7 @@ void TimeMachineScreen::restore() {
     auto *sheet = new RestoreSheet(*snapshot, planRestore(*snapshot, *m_now, m_services.kegs), window());
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     connect(sheet, &QDialog::accepted, this, [this, sheet] {
-        m_services.operations.start({.kind = OperationKind::Restore, .restore = sheet->order()});
+        m_services.operations.start(restoreSnapshot(m_services.packages, sheet->order()));
     });
     sheet->open();
 }

@@ -12,6 +12,7 @@ class QTreeWidget;
 namespace larkspur {
 class KegPreservationManager;
 class OperationCenter;
+struct PackageServices;
 class SnapshotManager;
 class TaskScope;
 } // namespace larkspur
@@ -31,6 +32,7 @@ class TimeMachineScreen : public Screen {
         SnapshotManager &snapshots;
         KegPreservationManager &kegs;
         OperationCenter &operations;
+        const PackageServices &packages;
         TaskScope &tasks;
     };
     explicit TimeMachineScreen(Services services);

@@ -3,6 +3,12 @@
 #include "core/settings/Preferences.h"
 #include "operations/OperationCenter.h"
 #include "operations/kegs/KegPreservationManager.h"
+#include "operations/kegs/RollBackKegs.h"
+#include "operations/packages/InstallPackages.h"
+#include "operations/packages/PinPackages.h"
+#include "operations/packages/UninstallPackages.h"
+#include "operations/packages/UpgradeAll.h"
+#include "operations/packages/UpgradePackages.h"
 #include "ui/operation/PlanSheet.h"
 #include "ui/theme/Icons.h"
 #include "ui/widgets/PlainText.h"
@@ -27,11 +33,10 @@ QList<PackageRow> those(const QList<PackageRow> &rows, Fits fits) {
     return kept;
 }
 
-OperationRequest request(OperationKind kind, const QList<PackageRow> &rows) {
-    OperationRequest request{.kind = kind};
-    for (const PackageRow &row : rows)
-        request.packages.append(row.target());
-    return request;
+QList<PackageTarget> targets(const QList<PackageRow> &rows) {
+    QList<PackageTarget> packages;
+    std::ranges::transform(rows, std::back_inserter(packages), &PackageRow::target);
+    return packages;
 }
 
 QString counted(const QString &verb, const QList<PackageRow> &rows) {
@@ -56,30 +61,27 @@ PackageActions::PackageActions(Services services, QObject *parent)
     : QObject(parent)
     , m_services(services) {}
 
-void PackageActions::startAfterPlan(const OperationRequest &request, QWidget *window) {
-    const bool mustAsk = request.kind == OperationKind::Uninstall ||
-                         (request.kind == OperationKind::Upgrade &&
-                          std::ranges::any_of(request.packages, &PackageTarget::isPinned));
-    if (!mustAsk && !m_services.preferences.boolean(keys::showOperationPlan, true)) {
-        m_services.operations.start(request);
+void PackageActions::startAfterPlan(const OperationPtr &operation, QWidget *window) {
+    const auto question = operation->question();
+    if (!question || (!question->isMust && !m_services.preferences.boolean(keys::showOperationPlan, true))) {
+        m_services.operations.start(operation);
         return;
     }
-    auto *sheet = new PlanSheet({m_services.planner, m_services.preferences, m_services.tasks}, request,
-                                window->window());
+    auto *sheet = new PlanSheet({m_services.preferences, m_services.tasks}, operation, window->window());
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     connect(sheet, &QDialog::accepted, this,
-            [this, sheet] { m_services.operations.start(sheet->request()); });
+            [this, operation] { m_services.operations.start(operation); });
     sheet->open();
 }
 
 void PackageActions::install(const QList<PackageRow> &rows) {
     if (!rows.isEmpty())
-        m_services.operations.start(request(OperationKind::Install, rows));
+        m_services.operations.start(installPackages(m_services.packages, targets(rows)));
 }
 
 void PackageActions::upgrade(const QList<PackageRow> &rows, QWidget *window) {
     if (!rows.isEmpty())
-        startAfterPlan(request(OperationKind::Upgrade, rows), window);
+        startAfterPlan(upgradePackages(m_services.packages, targets(rows)), window);
 }
 
 void PackageActions::upgradeAll(const Inventory &inventory, QWidget *window) {
@@ -90,9 +92,9 @@ void PackageActions::upgradeAll(const Inventory &inventory, QWidget *window) {
     const auto rows = [&](PackageSelection selection) {
         return packageRows(inventory, m_services.userData, selection);
     };
-    const QList<PackageTarget> outdated =
-        request(OperationKind::UpgradeAll, rows(PackageSelection::Outdated)).packages;
-    startAfterPlan(upgradeOfAll(outdated, !rows(PackageSelection::Snoozed).isEmpty()), window);
+    startAfterPlan(upgradeOfAll(m_services.packages, targets(rows(PackageSelection::Outdated)),
+                                !rows(PackageSelection::Snoozed).isEmpty()),
+                   window);
 }
 
 void PackageActions::snooze(const QList<PackageRow> &rows, const SnoozeType &type) {
@@ -107,12 +109,13 @@ void PackageActions::unsnooze(const QList<PackageRow> &rows) {
 
 void PackageActions::reinstall(const QList<PackageRow> &rows) {
     if (!rows.isEmpty())
-        m_services.operations.start(request(OperationKind::Reinstall, rows));
+        m_services.operations.start(reinstallPackages(m_services.packages, targets(rows)));
 }
 
 void PackageActions::setPinned(const QList<PackageRow> &rows, bool pinned) {
     if (!rows.isEmpty())
-        m_services.operations.start(request(pinned ? OperationKind::Pin : OperationKind::Unpin, rows));
+        m_services.operations.start(pinned ? pinPackages(m_services.packages, targets(rows))
+                                           : unpinPackages(m_services.packages, targets(rows)));
 }
 
 QStringList PackageActions::rollbackVersions(const PackageRow &row) const {
@@ -139,7 +142,7 @@ void PackageActions::rollBack(const PackageRow &row, const QString &version, QWi
     connect(question, &QMessageBox::buttonClicked, this,
             [this, question, yes, formula](QAbstractButton *clicked) {
                 if (clicked == yes)
-                    m_services.operations.start({.kind = OperationKind::RollBack, .packages = {formula}});
+                    m_services.operations.start(rollBackKegs(m_services.packages, {formula}));
                 question->close();
             });
     question->open();
@@ -147,7 +150,7 @@ void PackageActions::rollBack(const PackageRow &row, const QString &version, QWi
 
 void PackageActions::uninstall(const QList<PackageRow> &rows, QWidget *window) {
     if (!rows.isEmpty())
-        startAfterPlan(request(OperationKind::Uninstall, rows), window);
+        startAfterPlan(uninstallPackages(m_services.packages, targets(rows)), window);
 }
 
 void PackageActions::addUpdateActions(QMenu *menu, const QList<PackageRow> &outdated, QWidget *window) {

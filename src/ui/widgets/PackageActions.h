@@ -1,5 +1,6 @@
 #pragma once
 
+#include "operations/run/Operation.h"
 #include "ui/models/PackageRow.h"
 #include "userdata/Snooze.h"
 
@@ -11,10 +12,10 @@ class QWidget;
 namespace larkspur {
 class KegPreservationManager;
 class OperationCenter;
-class OperationPlanner;
 class Preferences;
 class TaskScope;
 class UserDataManager;
+struct PackageServices;
 } // namespace larkspur
 
 namespace larkspur::ui {
@@ -27,7 +28,7 @@ class PackageActions : public QObject {
   public:
     struct Services {
         OperationCenter &operations;
-        OperationPlanner &planner;
+        const PackageServices &packages;
         KegPreservationManager &kegs;
         UserDataManager &userData;
         Preferences &preferences;
@@ -59,7 +60,7 @@ class PackageActions : public QObject {
   private:
     void addUpdateActions(QMenu *menu, const QList<PackageRow> &outdated, QWidget *window);
     /// Starts the operation once the person has seen what it will do.
-    void startAfterPlan(const OperationRequest &request, QWidget *window);
+    void startAfterPlan(const OperationPtr &operation, QWidget *window);
 
     Services m_services;
 };

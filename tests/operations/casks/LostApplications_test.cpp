@@ -174,12 +174,12 @@ class LostApplicationsTest : public QObject {
                 upgrade.run(8);
             return command.arguments.contains("--prefix") ? world.prefix().toUtf8() : QByteArray();
         };
-        const auto report = world.perform(OperationKind::Upgrade, {{"x", true}});
+        const auto report = world.perform("upgrade", {{"x", true}});
         QVERIFY2(upgrade.isWhole() && upgrade.appVersion() == "old", qPrintable(world.output()));
         QVERIFY2(world.output().contains("==> Put " + upgrade.app() + " back after an interrupted upgrade."),
                  qPrintable(world.output() + world.shell.commandLines().join('\n')));
         QVERIFY(world.notes().isEmpty());
-        QVERIFY(!report || report->outcome() != OperationOutcome::Succeeded);
+        QVERIFY(report.outcome() != OperationOutcome::Succeeded);
     }
 
     void whatCannotBePutRightIsSaidAndStays() {
@@ -206,7 +206,7 @@ class LostApplicationsTest : public QObject {
         setting.trash = &none;
         const auto lost = LostApplications::of({"x"}, setting);
         upgrade.run(8);
-        const RecoveryWork work{nullptr, {.output = world.sink}, world.prefix(), &world.logger};
+        const LockedWork work{nullptr, {.output = world.sink}, world.prefix(), &world.logger};
         QVERIFY(!await(lost.putBack(work)));
         QVERIFY(world.output().contains("==> Warning: ") &&
                 world.output().contains(upgrade.home() + "1.upgrading/x.app"));

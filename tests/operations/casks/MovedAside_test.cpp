@@ -71,7 +71,7 @@ class MovedAsideTest : public QObject {
         MovedAside &aside = **owner;
         QVERIFY(!QFile::exists(world.app));
         world.installNew("half");
-        QCOMPARE(aside.putBack(), QStringList{"==> Put " + world.app + " back as it was before."});
+        QCOMPARE(aside.putBack(), QStringList{"Put " + world.app + " back as it was before."});
         QCOMPARE(world.version(), "old");
         QCOMPARE(world.thrownAway(), QStringList{"half"});
         QVERIFY(world.notes().isEmpty());
@@ -129,7 +129,7 @@ class MovedAsideTest : public QObject {
             MovedAside &aside = **owner;
             world.installNew("half");
             const QStringList lines = aside.putBack();
-            QVERIFY(lines.size() == 1 && lines[0].startsWith("==> Warning: x.app from before is kept at "));
+            QVERIFY(lines.size() == 1 && lines[0].startsWith("Warning: x.app from before is kept at "));
         }
         QCOMPARE(world.apps(), QStringList({".larkspur-aside-x.app", "x.app"}));
         QCOMPARE(world.notes().size(), 1);
@@ -145,8 +145,8 @@ class MovedAsideTest : public QObject {
         Fixture::write(world.path("notes"), "a file in the place of the folder");
         QVERIFY(!MovedAside::begin(world.setting, world.token));
         QCOMPARE(world.version(), "old");
-        const auto report = world.perform(OperationKind::Reinstall, {{"x", true}});
-        QCOMPARE(report->count(PackageEnd::Failed), 1);
+        const auto report = world.perform("reinstall", {{"x", true}});
+        QCOMPARE(report.count(PackageEnd::Failed), 1);
         QVERIFY(world.sink->transcript.text().contains("==> Error: x cannot be protected"));
         QVERIFY(!world.changes().contains("reinstall --cask x"));
     }
@@ -253,7 +253,7 @@ class MovedAsideTest : public QObject {
         const QString receipt = world.prefix() + "/Caskroom/x/.metadata/INSTALL_RECEIPT.json";
         QVERIFY(QFile::remove(receipt) && QFile::link(receipt, receipt));
         const auto aside = MovedAside::begin(world.setting, world.token);
-        QVERIFY((*aside)->warnings().join(QString()).startsWith("==> Warning: The applications of x cannot"));
+        QVERIFY((*aside)->warnings().join(QString()).startsWith("Warning: The applications of x cannot"));
         QCOMPARE(world.version(), "old");
     }
 

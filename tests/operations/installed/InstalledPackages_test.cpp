@@ -101,8 +101,8 @@ class InstalledPackagesTest : public QObject {
         QVERIFY(!await(world.snapshots.take(SnapshotTrigger::Manual)));
         world.preferences.set(keys::kegPreservationEnabled, true);
         world.shell.answer("upgrade --formula a", {});
-        const auto report = world.perform(OperationKind::Upgrade, {{.name = "a", .latestVersion = "2"}});
-        QVERIFY(report->hasWarnings);
+        const auto report = world.perform("upgrade", {{.name = "a", .latestVersion = "2"}});
+        QVERIFY(report.hasWarnings);
         QVERIFY(world.says("No restore point could be saved: " + world.prefix() + "/Cellar cannot be read"));
         QVERIFY(world.says("What is installed could not be read"));
         QVERIFY(!world.says("is not installed")); // nothing is said of what nobody has seen
@@ -113,8 +113,8 @@ class InstalledPackagesTest : public QObject {
     void anUpgradeOfAllThatCannotBeCheckedFailsInNobodysHistory() {
         World world;
         world.shell.answerOnce("upgrade", {}, 0, [&] { world.spoil("Cellar"); });
-        const auto report = world.perform(OperationKind::UpgradeAll, {{.name = "a", .latestVersion = "2"}});
-        QVERIFY(report->hasWarnings && world.userData.history().isEmpty());
+        const auto report = world.perform("upgrade all", {{.name = "a", .latestVersion = "2"}});
+        QVERIFY(report.hasWarnings && report.packages.first().package.name.isEmpty());
         QCOMPARE(world.snapshots.snapshots().first().formulae.size(), 1);
     }
 
@@ -123,8 +123,7 @@ class InstalledPackagesTest : public QObject {
         const QUuid point = await(world.snapshots.take(SnapshotTrigger::Manual))->id;
         world.addFormula("b", "1");
         world.spoil("Caskroom");
-        QVERIFY(!world.perform({.kind = OperationKind::Restore,
-                                .restore = RestoreOrder{.snapshot = point, .removesAdded = true}}));
+        QVERIFY(world.perform(restoreSnapshot(world.packages, {.snapshot = point, .removesAdded = true})).failure);
         QCOMPARE(world.changes(), QStringList());
     }
 
@@ -153,8 +152,8 @@ class InstalledPackagesTest : public QObject {
         World world;
         Fixture::write(world.path("notes"), "a file in the place of the folder");
         world.shell.answerOnce("install b", {}, 0, [&] { world.addFormula("b", "1"); });
-        const auto report = world.perform(OperationKind::Install, {{"b", false}});
-        QVERIFY(report->hasWarnings && world.says("==> Warning: No note of what is linked could be written"));
+        const auto report = world.perform("install", {{"b", false}});
+        QVERIFY(report.hasWarnings && world.says("==> Warning: No note of what is linked could be written"));
     }
 };
 

@@ -14,13 +14,13 @@ class FailureSummaryTest : public QObject {
             QTest::newRow(name) << output << text;
         };
         row("reverted", {"WARNING: REVERTING UPGRADE FOR Cask a"},
-            "Upgrade rolled back: a, b were restored to the previous version.");
+            "Upgrade rolled back: a was restored to the previous version.");
         row("app management", {"Error: Operation not permitted @ apply2files - /A"},
             "macOS blocked Larkspur from modifying this app.");
         row("app management in other case", {"error: operation not permitted @ apply2files"},
             "error: operation not permitted");
         row("password", {"sudo: a Password is required"},
-            "This operation requires administrator privileges to upgrade a, b.");
+            "This operation requires administrator privileges to upgrade a.");
         row("permission", {"Error: Permission denied"}, "This operation requires administrator privileges");
         row("licence", {"You must accept the license terms"},
             "This package asks you to accept its license terms");
@@ -30,49 +30,48 @@ class FailureSummaryTest : public QObject {
     void summaries() {
         QFETCH(QStringList, output);
         QFETCH(QString, text);
-        const OperationRequest request{.kind = OperationKind::Upgrade,
-                                       .packages = {{"a", false}, {"b", true}}};
-        const FailureSummary summary = summarizeFailure(request, output);
+        const FailureSummary summary =
+            summarizeFailure(PackageResult{{"a"}, PackageEnd::Failed, Deed::Upgraded, output});
         QVERIFY2(summary.text.startsWith(text), qPrintable(summary.text));
     }
 
-    void oneAndAllPackages() {
-        const QStringList output{"Warning: Reverting upgrade for Cask a"};
-        QCOMPARE(summarizeFailure({.kind = OperationKind::Upgrade, .packages = {{"a", true}}}, output).text,
+    void whatANamelessCommandTells() {
+        const auto summary = [](const QStringList &output) {
+            return summarizeFailure(PackageResult{{}, PackageEnd::Failed, Deed::Upgraded, output});
+        };
+        QCOMPARE(summary({"Warning: Reverting upgrade for Cask a"}).text,
                  "Upgrade rolled back: a was restored to the previous version.");
-        // An upgrade of all knows only from Homebrew which it was.
-        QCOMPARE(summarizeFailure({.kind = OperationKind::UpgradeAll, .packages = {{"a", true}, {"b", true}}},
-                                  output)
-                     .text,
-                 "Upgrade rolled back: a was restored to the previous version.");
-        QCOMPARE(summarizeFailure({.kind = OperationKind::UpgradeAll}, {"sudo: a password is required"}).text,
+        QCOMPARE(summary({"sudo: a password is required"}).text,
                  "This operation requires administrator privileges.");
-        QVERIFY(summarizeFailure({.kind = OperationKind::Install}, {"HOMEBREW_ACCEPT_EULA=Y"})
-                    .commandToCopy.startsWith("echo 'export"));
+        QVERIFY(summary({"HOMEBREW_ACCEPT_EULA=Y"}).commandToCopy.startsWith("echo 'export"));
     }
 
     void onlyWhatFailedIsNamed() {
-        const OperationRequest request{.kind = OperationKind::Upgrade,
-                                       .packages = {{"a", true}, {"b", true}, {"c", false}}};
         OperationReport report{
-            .packages = {{{"a", true}, PackageEnd::Done},
-                         {{"b", true}, PackageEnd::Failed, {"Reverting upgrade for Cask b"}}}};
+            .packages = {
+                {{"a", true}, PackageEnd::Done, Deed::Upgraded},
+                {{"b", true}, PackageEnd::Failed, Deed::Upgraded, {"Reverting upgrade for Cask b"}}}};
         // What the program itself says about a retry with a password is no reason.
         const QStringList output{
             "==> This step needs administrator privileges. Retrying with your password…"};
-        QCOMPARE(summarizeFailure(request, report, output).text,
+        QCOMPARE(summarizeFailure(report, output).text,
                  "Upgrade rolled back: b was restored to the previous version.");
-        report.packages.append({{"c", false}, PackageEnd::Failed, {"Error: no room"}});
-        QCOMPARE(summarizeFailure(request, report, output).text,
-                 "b: Upgrade rolled back: b was restored to the previous version.\nc: Error: no room");
-        QCOMPARE(report.tally(), "1 done, 2 failed");
+        report.packages.append({{"c", false}, PackageEnd::Failed, Deed::Upgraded, {"Error: no room"}});
+        report.packages.append({{"d", false}, PackageEnd::Failed, Deed::Upgraded, {"Error: no room"}});
+        report.packages.append({{"e", true}, PackageEnd::Cancelled, Deed::Upgraded});
+        QCOMPARE(summarizeFailure(report, output).text,
+                 "b: Upgrade rolled back: b was restored to the previous version.\nc, d: Error: no room\n"
+                 "e: The administrator password that it needs was not given.");
+        QCOMPARE(report.tally(), "1 done, 3 failed, 1 cancelled");
     }
 
     void aBuildThatFailsIsCalledThat() {
-        const auto summary = summarizeFailure(
-            {.kind = OperationKind::Install, .packages = {{"c", false}}},
+        const auto summary = summarizeFailure(PackageResult{
+            {"c"},
+            PackageEnd::Failed,
+            Deed::Installed,
             {"==> make install", "Last 2 lines from /logs/c/02.make.log:", "c.c:4: undefined", "make: *** 1",
-             "READ THIS: https://docs", "==> Error: Homebrew ended with status 1 without naming a reason."});
+             "READ THIS: https://docs", "==> Error: Homebrew ended with status 1 without naming a reason."}});
         QCOMPARE(summary.text, "c could not be built:\nc.c:4: undefined\nmake: *** 1");
         QCOMPARE(summary.suggestion, "The log of the build is /logs/c/02.make.log");
     }

@@ -1,5 +1,5 @@
-#include "operations/TerminalCommand.h"
-#include "operations/plan/OperationPlanner.h"
+#include "operations/packages/TerminalCommand.h"
+#include "operations/plan/DryRun.h"
 #include "tests/support/OperationWorld.h"
 
 #include <QTest>
@@ -12,8 +12,10 @@ class OperationPlannerTest : public QObject {
     Q_OBJECT
 
     struct World : OperationWorld {
-        OperationPlanner planner{brew, queries};
-        OperationPlan plan(const OperationRequest &request) { return await(planner.plan(request)); }
+        OperationPlan plan(const QString &kind, const QList<PackageTarget> &targets) {
+            const OperationPtr planned = operation(kind, targets);
+            return await(planned->plan({}));
+        }
     };
 
   private Q_SLOTS:
@@ -42,7 +44,7 @@ class OperationPlannerTest : public QObject {
             "{\"formulae\":[],\"casks\":[{\"token\":\"b\",\"version\":\"2\",\"installed\":\"1\","
             "\"artifacts\":[{\"pkg\":[\"b.pkg\"]}]}]}");
         const OperationPlan plan =
-            world.plan({.kind = OperationKind::Upgrade, .packages = {{"a", false}, {"b", true}}});
+            world.plan("upgrade", {{"a", false}, {"b", true}});
         QCOMPARE(plan.changes.size(), 2);
         QCOMPARE(plan.privileged, QStringList{"b"});
         QVERIFY(plan.failure.isEmpty());
@@ -52,45 +54,44 @@ class OperationPlannerTest : public QObject {
         World world;
         world.shell.answer("uses --installed a", "acme/tools/b\nc\n");
         world.shell.answer("uses --installed b", "");
-        const OperationRequest request{.kind = OperationKind::Uninstall,
-                                       .packages = {{"a", false, "1"}, {"b", false, "2"}}};
-        const OperationPlan plan = world.plan(request);
+        const OperationPlan plan = world.plan("uninstall", {{"a", false, "1"}, {"b", false, "2"}});
         QCOMPARE(plan.dependents, QStringList{"c"}); // b goes too
-        QCOMPARE(describePlan(request, plan), QStringList({"a 1", "b 2", "Still needed by c"}));
+        QCOMPARE(describePlan(plan), QStringList({"a 1", "b 2", "Still needed by c"}));
     }
 
     void aFailureIsPartOfThePlan() {
         World world;
         world.shell.answer("upgrade --dry-run --formula a", {}, 1, "Error: No available formula\n");
-        QVERIFY(world.plan({.kind = OperationKind::Upgrade, .packages = {{"a", false}}})
+        QVERIFY(world.plan("upgrade", {{"a", false}})
                     .failure.contains("No available formula"));
         QVERIFY(
-            !world.plan({.kind = OperationKind::Upgrade, .packages = {{"--evil", false}}}).failure.isEmpty());
+            !world.plan("upgrade", {{"--evil", false}}).failure.isEmpty());
     }
 
     void aPinnedPackageIsNoFailure() {
         World world;
         world.shell.answer("upgrade --dry-run --formula a", {}, 1,
                            "Error: a is pinned. You must unpin it.\n");
-        const OperationPlan plan = world.plan(
-            {.kind = OperationKind::Upgrade,
-             .packages = {{.name = "a", .installedVersion = "1", .latestVersion = "2", .isPinned = true}}});
+        const OperationPlan plan = world.plan("upgrade", {{.name = "a", .installedVersion = "1", .latestVersion = "2", .isPinned = true}});
         QVERIFY(plan.failure.isEmpty());
         QCOMPARE(plan.pinned, QStringList{"a"});
         QCOMPARE(plan.changes.size(), 1);
     }
 
     void commandsForATerminal() {
-        QCOMPARE(terminalCommand({.kind = OperationKind::Upgrade, .packages = {{"a", true}}}),
-                 "brew upgrade --cask a");
-        QCOMPARE(
-            terminalCommand({.kind = OperationKind::Uninstall, .packages = {{"a", false}, {"b", false}}}),
-            "brew uninstall a b");
-        QCOMPARE(terminalCommand({.kind = OperationKind::UpgradeAll}), "brew upgrade");
+        World world;
+        const auto command = [&](const QString &kind, const QList<PackageTarget> &targets) {
+            return world.operation(kind, targets)->terminalCommand();
+        };
+        QCOMPARE(command("upgrade", {{"a", true}}), "brew upgrade --cask a");
+        QCOMPARE(command("upgrade", {{"a", false}}), "brew upgrade a");
+        QCOMPARE(command("uninstall", {{"a", false}, {"b", false}}), "brew uninstall a b");
+        QCOMPARE(command("upgrade all", {{"a", true}}), "brew upgrade");
+        QCOMPARE(command("rollback", {{"a", false}}), ""); // no single command does it
+        QCOMPARE(restartServices(world.packages, {"db"})->terminalCommand(), "brew services restart db");
         // What ends in a shell is never built from a name that means more than a name.
-        QCOMPARE(terminalCommand({.kind = OperationKind::Install, .packages = {{"a; rm -rf ~", true}}}),
-                 "brew install --cask <package-name>");
-        QVERIFY(lacksPackageName(terminalCommand({.kind = OperationKind::Install})));
+        QCOMPARE(command("install", {{"a; rm -rf ~", true}}), "brew install --cask <package-name>");
+        QVERIFY(lacksPackageName(command("install", {})));
     }
 };
 

@@ -71,7 +71,7 @@ class RecoveryTest : public QObject {
         World world;
         world.shell.answer("pin kelp", {});
         world.shell.answer("install dovetail", {}, 0);
-        QVERIFY(world.perform(OperationKind::Install, {{"dovetail", false}}));
+        QVERIFY(!world.perform("install", {{"dovetail", false}}).failure);
         QVERIFY(world.changes().indexOf("pin kelp") < world.changes().indexOf("install dovetail"));
         QCOMPARE(world.pinsTried(), 1);
         QVERIFY(world.sink->transcript.text().contains("==> Pinning kelp again"));
@@ -88,8 +88,8 @@ class RecoveryTest : public QObject {
             world.addFormula("dovetail", "1");
         });
         world.shell.answerOnce("link --overwrite kelp", "Error: in the way\n", 1);
-        const auto report = world.perform(OperationKind::Install, {{"dovetail", false}});
-        QVERIFY(report->hasWarnings && world.notes().size() == 1);
+        const auto report = world.perform("install", {{"dovetail", false}});
+        QVERIFY(report.hasWarnings && world.notes().size() == 1);
         world.shell.answer("link --overwrite kelp", {});
         await(world.recovery.run({})); // or the next operation
         QVERIFY(world.changes().count("link --overwrite kelp") == 2 && world.notes().isEmpty());

@@ -2,6 +2,7 @@
 #include "core/trees/TreeChanges.h"
 #include "inventory/cache/PackageCache.h"
 #include "tests/support/OperationWorld.h"
+#include "userdata/UserDataManager.h"
 
 #include <QJsonDocument>
 #include <QProcess>

@@ -131,8 +131,8 @@ class SnapshotManagerTest : public QObject {
         QVERIFY(!await(world.snapshots.removeAll()));
         QCOMPARE(await(world.snapshots.take(SnapshotTrigger::Manual)).error(), world.snapshots.failure());
         const auto report =
-            world.perform({.kind = OperationKind::Restore, .restore = RestoreOrder{.snapshot = taken->id}});
-        QVERIFY(!report && report.error().text.contains("cannot be read"));
+            world.perform(restoreSnapshot(world.packages, RestoreOrder{.snapshot = taken->id}));
+        QVERIFY(report.failure && report.failure->text.contains("cannot be read"));
         QVERIFY(QFile::remove(world.path("snapshots")));
         QVERIFY(QDir().rename(world.path("away"), world.path("snapshots")));
         QVERIFY(await(world.snapshots.take(SnapshotTrigger::Manual)));

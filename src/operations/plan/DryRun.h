@@ -1,0 +1,16 @@
+#pragma once
+
+#include "core/brew/BrewService.h"
+#include "operations/plan/OperationPlan.h"
+
+namespace larkspur {
+
+/// Asks Homebrew what `brew upgrade` would change, and changes nothing: neither does it update the catalogue.
+BrewCommand dryRunOfAll(StopToken stop);
+/// The same of some packages of one kind; names that are none are left out.
+BrewCommand dryRunOf(const QStringList &names, bool areCasks, StopToken stop);
+
+/// The changes in its output; adds to what the plan holds.
+void readDryRun(const QString &output, OperationPlan &plan);
+
+} // namespace larkspur

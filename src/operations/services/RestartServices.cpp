@@ -1,0 +1,29 @@
+#include "operations/services/RestartServices.h"
+
+#include "operations/packages/PackageOperation.h"
+
+namespace larkspur {
+
+namespace {
+
+class RestartCommand final : public PackageCommand {
+  public:
+    BrewArguments arguments(const PackageTarget &package) const override {
+        const auto name = PackageName::parse(package.name);
+        return name ? BrewArguments{"services", "restart", *name} : BrewArguments();
+    }
+    QString verb() const override { return QStringLiteral("Restarting"); }
+    /// Some run as root.
+    bool isPasswordUnusual(const PackageTarget &) const override { return false; }
+};
+
+} // namespace
+
+OperationPtr restartServices(const PackageServices &services, const QStringList &formulae) {
+    QList<PackageTarget> packages;
+    for (const QString &name : formulae)
+        packages.append({.name = name});
+    return std::make_shared<PackageOperation>(services, std::make_unique<RestartCommand>(), packages);
+}
+
+} // namespace larkspur
