@@ -46,9 +46,9 @@ struct World {
         MovedAsideLeftover applications(setting);
         LostApplicationsLeftover upgrades(setting);
         const LockedWork work{.session = nullptr,
-                                .context = {},
-                                .prefix = folder.filePath(QStringLiteral("prefix")),
-                                .logger = &logger};
+                              .context = {},
+                              .prefix = folder.filePath(QStringLiteral("prefix")),
+                              .logger = &logger};
         for (Leftover *leftover : std::array<Leftover *, 4>{&pins, &links, &applications, &upgrades})
             co_await leftover->putRight(work);
         *ended = true;

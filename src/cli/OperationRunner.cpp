@@ -12,9 +12,8 @@ namespace {
 QString outcomeLine(const OperationRun &run) {
     if (run.wasCancelled())
         return QStringLiteral("Cancelled: %1.").arg(run.title());
-    const QString tally = run.report().packages.size() > 1
-                              ? QStringLiteral(" %1.").arg(run.report().tally())
-                              : QString();
+    const QString tally =
+        run.report().packages.size() > 1 ? QStringLiteral(" %1.").arg(run.report().tally()) : QString();
     if (run.wasStopped())
         return QStringLiteral("Stopped: %1. The operation may be incomplete.").arg(run.title()) + tally;
     switch (run.outcome()) {
@@ -76,7 +75,8 @@ Task<ExitStatus> runOperation(CommandContext context, OperationPtr operation, bo
             printReason(context.terminal, *run);
     } else
         context.terminal.line(outcomeLine(*run));
-    const ExitStatus status = run->report().failure ? statusFor(*run->report().failure) : statusFor(run->outcome());
+    const ExitStatus status =
+        run->report().failure ? statusFor(*run->report().failure) : statusFor(run->outcome());
     co_return status;
 }
 

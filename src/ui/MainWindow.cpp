@@ -64,8 +64,9 @@ MainWindow::MainWindow(Larkspur &larkspur)
     , m_sidebar(new Sidebar)
     , m_brewVersion(new QLabel)
     , m_screenStack(new QStackedWidget)
-    , m_operationPanel(new OperationPanel(FollowUpBar::Services{larkspur.operations(), larkspur.packages(), larkspur.inventory(),
-                                                                larkspur.kegs(), larkspur.userData()})) {
+    , m_operationPanel(new OperationPanel(FollowUpBar::Services{larkspur.operations(), larkspur.packages(),
+                                                                larkspur.inventory(), larkspur.kegs(),
+                                                                larkspur.userData()})) {
     keepTextPlain();
     new PasswordSheet(larkspur.sudoAuth(), this); // opens by itself
     setWindowTitle(QStringLiteral("Larkspur") + larkspur.locations().titleSuffix);

@@ -120,9 +120,8 @@ QList<ScreenEntry> makeRegistry() {
          .inSimpleMode = true,
          .count = {},
          .make = [](Larkspur &larkspur) -> Screen * {
-             return new TimeMachineScreen(
-                 {larkspur.snapshots(), larkspur.kegs(), larkspur.operations(), larkspur.packages(),
-                  larkspur.tasks()});
+             return new TimeMachineScreen({larkspur.snapshots(), larkspur.kegs(), larkspur.operations(),
+                                           larkspur.packages(), larkspur.tasks()});
          }},
         {.id = QStringLiteral("history"),
          .group = tr("System"),

@@ -24,7 +24,7 @@ class OperationJournalTest : public QObject {
         world.shell.answer("update", "Already up-to-date.\n");
         world.perform("uninstall", {{"a", false}, {"b", true}});
         world.perform("reinstall", {{"c", false}});
-        world.perform("pin", {{"c", false}}); // changes nothing that is installed
+        world.perform("pin", {{"c", false}});               // changes nothing that is installed
         world.perform("upgrade", {{"c", false, "1", "1"}}); // nor does this
         world.perform(updateHomebrew());
         QStringList lines;

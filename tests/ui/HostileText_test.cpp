@@ -1,13 +1,13 @@
 #include "app/Larkspur.h"
+#include "operations/kegs/RollBackKegs.h"
+#include "operations/packages/InstallPackages.h"
+#include "operations/packages/UpgradePackages.h"
 #include "operations/snapshots/RestorePlan.h"
 #include "tests/support/Await.h"
 #include "ui/MainWindow.h"
 #include "ui/Screen.h"
 #include "ui/ScreenRegistry.h"
 #include "ui/authorization/PasswordSheet.h"
-#include "operations/kegs/RollBackKegs.h"
-#include "operations/packages/InstallPackages.h"
-#include "operations/packages/UpgradePackages.h"
 #include "ui/operation/FollowUpBar.h"
 #include "ui/operation/OperationPanel.h"
 #include "ui/operation/PlanSheet.h"
@@ -389,9 +389,9 @@ class HostileTextTest : public QObject {
         feed();
         const QList<Snapshot> &snapshots = m_larkspur->snapshots().snapshots();
         QCOMPARE(snapshots.size(), 2);
-        visitSheet(new ui::PlanSheet(
-            {m_larkspur->preferences(), m_larkspur->tasks()},
-            upgradePackages(m_larkspur->packages(), {{hostile("planned package")}}), m_window.get()));
+        visitSheet(new ui::PlanSheet({m_larkspur->preferences(), m_larkspur->tasks()},
+                                     upgradePackages(m_larkspur->packages(), {{hostile("planned package")}}),
+                                     m_window.get()));
         auto *compare = new ui::CompareSheet(snapshots, m_window.get());
         compare->choose(0, 1);
         visitSheet(compare);

@@ -1,8 +1,8 @@
 #include "app/Larkspur.h"
-#include "tests/support/Await.h"
 #include "operations/packages/UninstallPackages.h"
 #include "operations/packages/UpgradeAll.h"
 #include "operations/packages/UpgradePackages.h"
+#include "tests/support/Await.h"
 #include "ui/MainWindow.h"
 #include "ui/Screen.h"
 #include "ui/ScreenRegistry.h"
@@ -525,7 +525,8 @@ class MainWindowTest : public QObject {
         world.replaceBrew("if [ \"$1\" = upgrade ]; then echo begun; sleep 3; exit 0; fi");
         QVERIFY(world.startAndLoad());
         const QSignalSpy closed(world.window.get(), &ui::MainWindow::closed);
-        OperationRun *run = world.larkspur->operations().start(upgradeOfAll(world.larkspur->packages(), {}, false));
+        OperationRun *run =
+            world.larkspur->operations().start(upgradeOfAll(world.larkspur->packages(), {}, false));
         QVERIFY(spinUntil([&] { return run->transcript().lineCount() > 0; }));
         world.window->close();
         QCOMPARE(closed.count(), 0);

@@ -70,8 +70,7 @@ Task<> ask(SudoAuth *auth, PasswordRequest request) {
 }
 
 void showPlan(Larkspur &larkspur, ui::MainWindow &window, const OperationPtr &operation) {
-    auto *sheet =
-        new ui::PlanSheet({larkspur.preferences(), larkspur.tasks()}, operation, &window);
+    auto *sheet = new ui::PlanSheet({larkspur.preferences(), larkspur.tasks()}, operation, &window);
     sheet->setAttribute(Qt::WA_DeleteOnClose);
     sheet->open();
 }
@@ -116,16 +115,18 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
          }},
         {QStringLiteral("plan-upgrade"), 3500,
          [&] {
-             showPlan(larkspur, window,
-                      upgradePackages(larkspur.packages(), {{QStringLiteral("quillmark"), false},
-                                    {QStringLiteral("granite-vault"), true},
-                                    {QStringLiteral("kelp"), false, QStringLiteral("1.0"),
-                                     QStringLiteral("1.1"), true}}));
+             showPlan(
+                 larkspur, window,
+                 upgradePackages(larkspur.packages(), {{QStringLiteral("quillmark"), false},
+                                                       {QStringLiteral("granite-vault"), true},
+                                                       {QStringLiteral("kelp"), false, QStringLiteral("1.0"),
+                                                        QStringLiteral("1.1"), true}}));
          }},
         {QStringLiteral("plan-removal"), 2500,
          [&] {
              showPlan(larkspur, window,
-                      uninstallPackages(larkspur.packages(), {{QStringLiteral("libtide"), false, QStringLiteral("0.9.11")}}));
+                      uninstallPackages(larkspur.packages(),
+                                        {{QStringLiteral("libtide"), false, QStringLiteral("0.9.11")}}));
          }},
         {QStringLiteral("password"), 5000,
          [&] {
@@ -178,8 +179,9 @@ std::vector<Scene> scenes(Larkspur &larkspur, ui::MainWindow &window) {
          }},
         {QStringLiteral("rollback"), 4000,
          [&] {
-             larkspur.operations().start(rollBackKegs(larkspur.packages(), {{.name = QStringLiteral("meadowdb"),
-                                                        .latestVersion = QStringLiteral("7.0.3")}}));
+             larkspur.operations().start(rollBackKegs(
+                 larkspur.packages(),
+                 {{.name = QStringLiteral("meadowdb"), .latestVersion = QStringLiteral("7.0.3")}}));
          }},
         {QStringLiteral("snoozed"), 500,
          [&] {

@@ -104,8 +104,7 @@ class UpgradeCommand final : public Command {
         if (!arguments.has("--all")) {
             QList<PackageTarget> packages = namedTargets(*outdated, arguments);
             co_await addInstalledVersions(&packages, context);
-            co_return co_await runOperation(context,
-                                            upgradePackages(context.larkspur.packages(), packages),
+            co_return co_await runOperation(context, upgradePackages(context.larkspur.packages(), packages),
                                             arguments.options.contains(yes));
         }
         const UpdateSelection updates = selectUpdates(*outdated, context.larkspur.userData());
@@ -119,9 +118,9 @@ class UpgradeCommand final : public Command {
         if (leavesSomeOut)
             context.terminal.line(QStringLiteral("Snoozed, so upgraded only if another package needs it: %1")
                                       .arg(updates.snoozedNames().join(QStringLiteral(", "))));
-        co_return co_await runOperation(
-            context, upgradeOfAll(context.larkspur.packages(), packages, leavesSomeOut),
-            arguments.options.contains(yes));
+        co_return co_await runOperation(context,
+                                        upgradeOfAll(context.larkspur.packages(), packages, leavesSomeOut),
+                                        arguments.options.contains(yes));
     }
 
   private:
@@ -203,13 +202,13 @@ std::unique_ptr<Command> makeUninstallCommand() {
 }
 
 std::unique_ptr<Command> makePinCommand() {
-    return std::make_unique<PlainCommand>(
-        QStringLiteral("pin"), QStringLiteral("Holds packages at their version."), &pinPackages);
+    return std::make_unique<PlainCommand>(QStringLiteral("pin"),
+                                          QStringLiteral("Holds packages at their version."), &pinPackages);
 }
 
 std::unique_ptr<Command> makeUnpinCommand() {
-    return std::make_unique<PlainCommand>(
-        QStringLiteral("unpin"), QStringLiteral("Lets packages be upgraded again."), &unpinPackages);
+    return std::make_unique<PlainCommand>(QStringLiteral("unpin"),
+                                          QStringLiteral("Lets packages be upgraded again."), &unpinPackages);
 }
 
 std::unique_ptr<Command> makeUpgradeCommand() {

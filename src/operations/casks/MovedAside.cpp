@@ -38,8 +38,8 @@ MovedAside::MovedAside(CaskSetting setting, const PackageName &token)
     const auto applications = caskApplications(token, m_setting);
     if (!applications)
         m_warnings.append(QStringLiteral("Warning: The applications of %1 cannot be moved aside, and a "
-                                              "reinstallation that fails may remove them: %2")
-                                   .arg(m_token.text(), applications.error()));
+                                         "reinstallation that fails may remove them: %2")
+                              .arg(m_token.text(), applications.error()));
     for (const CaskApplication &application : applications.value_or(QList<CaskApplication>()))
         if (isBundle(application.place))
             m_applications.append({application.place, asidePath(application.place)});
@@ -60,7 +60,8 @@ std::expected<std::unique_ptr<MovedAside>, QString> MovedAside::begin(CaskSettin
     aside->m_applications.removeIf([&aside](const Application &application) {
         if (moveToFreePlace(application.place, application.aside))
             return false;
-        aside->m_warnings.append(QStringLiteral("Warning: %1 cannot be moved aside: a reinstallation that fails may remove it.")
+        aside->m_warnings.append(
+            QStringLiteral("Warning: %1 cannot be moved aside: a reinstallation that fails may remove it.")
                 .arg(application.place));
         return true;
     });
@@ -102,7 +103,7 @@ QStringList MovedAside::putBack() {
         m_note->remove(); // else the next operation tries again
     else if (!noted)
         lines.append(QStringLiteral("Warning: It could not be noted that it is to be put back: %1")
-                              .arg(noted.error()));
+                         .arg(noted.error()));
     return lines;
 }
 
@@ -115,9 +116,8 @@ QStringList MovedAside::discard() {
     for (const Application &application : std::exchange(m_applications, {})) {
         const auto taken = m_setting.trash->take(application.aside);
         if (!taken)
-            lines.append(
-                QStringLiteral("Warning: The old %1 is kept at %2: %3")
-                         .arg(QFileInfo(application.place).fileName(), application.aside, taken.error()));
+            lines.append(QStringLiteral("Warning: The old %1 is kept at %2: %3")
+                             .arg(QFileInfo(application.place).fileName(), application.aside, taken.error()));
         isComplete = isComplete && taken;
     }
     if (isComplete)
@@ -155,23 +155,22 @@ bool MovedAside::concludeOne(const Application &application, const std::expected
     const QString name = QFileInfo(application.place).fileName();
     if (!isWhole) {
         end->lines.append(QStringLiteral("Warning: It cannot be told whether %1 is whole, so the one "
-                                              "from before is kept at %2: %3")
-                                   .arg(application.place, application.aside, isWhole.error()));
+                                         "from before is kept at %2: %3")
+                              .arg(application.place, application.aside, isWhole.error()));
         return false;
     }
     if (*isWhole) {
         const auto taken = throwAway(application.aside, *m_setting.trash);
         if (!taken)
             end->lines.append(QStringLiteral("Warning: The old %1 is kept at %2: %3")
-                                       .arg(name, application.aside, taken.error()));
+                                  .arg(name, application.aside, taken.error()));
         return taken.has_value();
     }
     const QString flaw = isOccupied(application.place) ? QStringLiteral("whole") : QStringLiteral("there");
     const auto returned = returnToPlace(application.place, application.aside, *m_setting.trash);
     const QString what =
         QStringLiteral("Error: Homebrew reported success, but %1 is not %2").arg(application.place, flaw);
-    end->errors.append(
-        returned ? what + QStringLiteral("; the application from before is back") : what);
+    end->errors.append(returned ? what + QStringLiteral("; the application from before is back") : what);
     if (!returned)
         end->lines.append(QStringLiteral("Warning: %1").arg(returned.error()));
     return returned.has_value();

@@ -11,8 +11,8 @@ class UpdateHomebrew final : public Operation {
 
     Task<OperationReport> perform(LockedWork work) override {
         const PackageTarget homebrew{.name = QStringLiteral("Homebrew")};
-        const auto run = co_await work.session->stream({.arguments = {"update"}}, work.context,
-                                                       BrewSession::Style::Plain);
+        const auto run =
+            co_await work.session->stream({.arguments = {"update"}}, work.context, BrewSession::Style::Plain);
         if (!run)
             co_return OperationReport{
                 .packages = {{homebrew,
@@ -21,9 +21,8 @@ class UpdateHomebrew final : public Operation {
                               Deed::CatalogueUpdated}},
                 .failure = run.error()};
         if (run->succeeded())
-            co_return OperationReport{
-                .packages = {{homebrew, PackageEnd::Done, Deed::CatalogueUpdated}},
-                .hasWarnings = hasWarnings(run->lines)};
+            co_return OperationReport{.packages = {{homebrew, PackageEnd::Done, Deed::CatalogueUpdated}},
+                                      .hasWarnings = hasWarnings(run->lines)};
         co_return OperationReport{
             .packages = {{homebrew, PackageEnd::Failed, Deed::CatalogueUpdated, run->lines}}};
     }

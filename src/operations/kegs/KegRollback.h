@@ -1,9 +1,9 @@
 #pragma once
 
 #include "core/brew/BrewService.h"
-#include "operations/run/OperationReport.h"
 #include "operations/kegs/RollbackNote.h"
 #include "operations/recovery/NoteLeftover.h"
+#include "operations/run/OperationReport.h"
 
 namespace larkspur {
 

@@ -79,8 +79,7 @@ std::optional<FailureSummary> notBuilt(const PackageResult &result) {
             break;
         last.append(*line);
     }
-    const QString name =
-        result.package.name.isEmpty() ? QStringLiteral("A formula") : result.package.name;
+    const QString name = result.package.name.isEmpty() ? QStringLiteral("A formula") : result.package.name;
     return FailureSummary{
         QStringLiteral("%1 could not be built:\n%2").arg(name, last.join(QLatin1Char('\n')).trimmed()),
         QStringLiteral("The log of the build is %1").arg(header.match(*start).captured(1))};
@@ -90,10 +89,9 @@ std::optional<FailureSummary> notBuilt(const PackageResult &result) {
 
 FailureSummary summarizeFailure(const OperationReport &report, const QStringList &output) {
     QList<PackageResult> failed;
-    std::ranges::copy_if(report.packages, std::back_inserter(failed),
-                         [](const PackageResult &result) {
-                             return result.end == PackageEnd::Failed || result.end == PackageEnd::Cancelled;
-                         });
+    std::ranges::copy_if(report.packages, std::back_inserter(failed), [](const PackageResult &result) {
+        return result.end == PackageEnd::Failed || result.end == PackageEnd::Cancelled;
+    });
     if (failed.isEmpty())
         failed.append({.package = {}, .lines = output}); // what failed concerns no single package
     FailureSummary all;

@@ -35,9 +35,8 @@ bool namesMissingApp(const QString &line, const QStringList &appsAtTheirPlace) {
 std::optional<ForcedRetry> retryWithoutAdopting(const PackageTarget &package, const QStringList &output) {
     if (!contains(output, QLatin1String("Options --adopt and --force are mutually exclusive")))
         return std::nullopt;
-    return forced(
-        "install", package,
-        QStringLiteral("This Homebrew does not adopt and force at once. Retrying with --force…"));
+    return forced("install", package,
+                  QStringLiteral("This Homebrew does not adopt and force at once. Retrying with --force…"));
 }
 
 std::optional<ForcedRetry> retryWithoutApplication(const BrewWord &command, const PackageTarget &package,

@@ -28,9 +28,8 @@ Task<Result<bool>> HeldPin::takeOff() {
         co_return std::unexpected(BrewError::commandFailed(
             QStringLiteral("%1 stays pinned: %2").arg(m_package.name, note.error())));
     m_note = *note;
-    const auto unpinned =
-        co_await m_work.session->stream({.arguments = plainArguments("unpin", m_package)}, m_work.context,
-                                        BrewSession::Style::Plain);
+    const auto unpinned = co_await m_work.session->stream({.arguments = plainArguments("unpin", m_package)},
+                                                          m_work.context, BrewSession::Style::Plain);
     if (!unpinned)
         co_return std::unexpected(unpinned.error());
     co_return true; // where Homebrew refused, it will refuse the upgrade too, and say why
@@ -78,8 +77,9 @@ Task<NoteLeftover::Settled> HeldPinLeftover::settle(CrashNote note, LockedWork w
         co_return Settled::Done;
     work.say(
         QStringLiteral("Pinning %1 again, as it was before an upgrade that was cut off.").arg(name->text()));
-    const auto pinned = co_await work.session->stream({.arguments = plainArguments("pin", {.name = name->text(), .isCask = isCask})}, work.context,
-                                                      BrewSession::Style::Plain);
+    const auto pinned = co_await work.session->stream(
+        {.arguments = plainArguments("pin", {.name = name->text(), .isCask = isCask})}, work.context,
+        BrewSession::Style::Plain);
     if (pinned && pinned->succeeded())
         co_return Settled::Done;
     work.warn(QStringLiteral("%1 could not be pinned again.").arg(name->text()));

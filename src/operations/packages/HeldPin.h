@@ -1,7 +1,7 @@
 #pragma once
 
-#include "operations/run/PackageTarget.h"
 #include "operations/recovery/NoteLeftover.h"
+#include "operations/run/PackageTarget.h"
 
 namespace larkspur {
 

@@ -8,7 +8,8 @@
 
 namespace larkspur {
 
-/// What is run for one package, how its end is checked, and what is said about it. One class per kind of work.
+/// What is run for one package, how its end is checked, and what is said about it. One class per kind of
+/// work.
 class PackageCommand {
   public:
     virtual ~PackageCommand() = default;
@@ -41,9 +42,12 @@ class PackageCommand {
     }
 
     virtual QString passwordReason(const PackageTarget &package) const;
-    /// Whether it is odd to be asked for a password here: formulae are built and removed with the person's
-    /// own rights.
-    virtual bool isPasswordUnusual(const PackageTarget &package) const { return !package.isCask; }
+    /// Whether it is no surprise that Homebrew wants the password while it is at the package of this name.
+    /// Formulae are built and removed with the person's own rights, and only what is known to be no formula
+    /// may need others.
+    virtual bool expectsPassword(const PackageTarget &package, const QString &name) const {
+        return package.isCask && shortName(package.name) == shortName(name);
+    }
     /// When the person does not give it. `hasRun`: with an earlier one, so that something may have changed.
     virtual QString cancelledLine(const PackageTarget &package, bool hasRun) const;
 };

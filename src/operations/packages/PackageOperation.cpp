@@ -105,8 +105,8 @@ Task<OperationReport> PackageOperation::perform(LockedWork work) {
     const bool areInPlace = co_await applications.putBack(repair);
     co_await look(work, &report);
     co_await conclude(work, m_before ? &*m_before : nullptr, m_installed ? &*m_installed : nullptr, &report);
-    report.hasWarnings = report.hasWarnings || !isNoted || !areLinked || !areInPlace ||
-                         !applications.complaints().isEmpty();
+    report.hasWarnings =
+        report.hasWarnings || !isNoted || !areLinked || !areInPlace || !applications.complaints().isEmpty();
     co_return report;
 }
 

@@ -1,7 +1,6 @@
 #include "operations/packages/PackageRun.h"
 
 #include "core/async/Worker.h"
-#include "core/authorization/PasswordFailure.h"
 #include "core/authorization/SudoAuth.h"
 #include "operations/casks/CaskApplications.h"
 #include "operations/casks/MovedAside.h"
@@ -36,9 +35,9 @@ Task<Result<PackageResult>> PackageRun::run() {
         m_hasWarnings = m_hasWarnings || judgement.hasWarnings;
         if (const auto end = endOf(*run, judgement, hadPassword))
             co_return result(*end, *end == PackageEnd::Done ? QStringList() : run->lines);
-        if (!judgement.passwordFailure)
+        if (!judgement.password)
             continue; // with force
-        password = co_await askForPassword(*judgement.passwordFailure);
+        password = co_await askForPassword(*judgement.password);
         if (!password && m_work.isStopped())
             co_return std::unexpected(BrewError::stopped());
         if (!password) {
@@ -51,9 +50,7 @@ Task<Result<PackageResult>> PackageRun::run() {
 PackageRun::Judgement PackageRun::judge(const BrewRun &run) {
     if (run.succeeded())
         return {.outcome = outcomeOf(run.lines), .hasWarnings = hasWarnings(run.lines)};
-    const auto failure = std::ranges::find_if(run.lines, &showsPasswordFailure);
-    return {.hasWarnings = hasWarnings(run.lines),
-            .passwordFailure = failure != run.lines.end() ? std::optional(*failure) : std::nullopt};
+    return {.hasWarnings = hasWarnings(run.lines), .password = passwordTrigger(run.lines)};
 }
 
 /// The end that a run has come to; nothing if the command is to be run again.
@@ -64,7 +61,7 @@ std::optional<PackageEnd> PackageRun::endOf(const BrewRun &run, const Judgement 
             return PackageEnd::Failed;
         return m_hasWarnings ? PackageEnd::DoneWithWarnings : PackageEnd::Done;
     }
-    if (!judgement.passwordFailure)
+    if (!judgement.password)
         return forceNext(run) ? std::nullopt : std::optional(PackageEnd::Failed);
     if (!hadPassword) {
         announce(QStringLiteral("This step needs administrator privileges. Retrying with your password…"));
@@ -72,7 +69,7 @@ std::optional<PackageEnd> PackageRun::endOf(const BrewRun &run, const Judgement 
         announce(QStringLiteral("That password didn't work. Retrying…"));
     } else {
         announce(QStringLiteral("Error: sudo has rejected %1 passwords. The operation may be incomplete.")
-                .arg(passwordLimit));
+                     .arg(passwordLimit));
         return PackageEnd::Failed;
     }
     return std::nullopt;
@@ -94,15 +91,16 @@ bool PackageRun::forceNext(const BrewRun &run) {
     return true;
 }
 
-Task<std::optional<Password>> PackageRun::askForPassword(QString trigger) {
+Task<std::optional<Password>> PackageRun::askForPassword(PasswordTrigger trigger) {
     if (!m_work.context.sudoAuth)
         co_return std::nullopt;
+    const QString name = trigger.package.isEmpty() ? m_package.name : trigger.package;
     co_return co_await m_work.context.sudoAuth->requestPassword(
         {.reason = m_command.passwordReason(m_package),
-         .package = m_package.name,
+         .package = name,
          .command = QStringLiteral("brew ") + m_arguments.words().join(QLatin1Char(' ')),
-         .trigger = std::move(trigger),
-         .isUnusual = m_command.isPasswordUnusual(m_package)},
+         .trigger = trigger.line,
+         .isUnusual = !m_command.expectsPassword(m_package, name)},
         m_work.context.stop);
 }
 
@@ -131,7 +129,7 @@ Task<Result<BrewRun>> PackageRun::attemptReinstallation(BrewCommand command) {
     if (!begun) {
         // Homebrew would remove the application, and nobody could bring it back.
         announce(QStringLiteral("Error: %1 cannot be protected, so it is not reinstalled: %2")
-                .arg(m_package.name, begun.error()));
+                     .arg(m_package.name, begun.error()));
         co_return BrewRun{.exitCode = 1, .lines = {}};
     }
     const std::shared_ptr<MovedAside> aside = std::move(*begun);

@@ -3,6 +3,7 @@
 #include "core/authorization/Password.h"
 #include "operations/casks/CaskSetting.h"
 #include "operations/packages/PackageCommand.h"
+#include "operations/packages/PasswordTrigger.h"
 #include "operations/run/LockedWork.h"
 
 namespace larkspur {
@@ -24,12 +25,12 @@ class PackageRun {
     Task<Result<BrewRun>> attempt(std::optional<Password> password);
     Task<Result<BrewRun>> attemptReinstallation(BrewCommand command);
     Task<Result<BrewRun>> stream(BrewCommand command);
-    Task<std::optional<Password>> askForPassword(QString trigger);
+    Task<std::optional<Password>> askForPassword(PasswordTrigger trigger);
     /// What the output of a run says; judged off the main thread, for it can be long.
     struct Judgement {
         OperationOutcome outcome = OperationOutcome::Failed;
         bool hasWarnings = false;
-        std::optional<QString> passwordFailure = std::nullopt; ///< the line that shows it
+        std::optional<PasswordTrigger> password = std::nullopt; ///< it wants one
     };
     static Judgement judge(const BrewRun &run);
     std::optional<PackageEnd> endOf(const BrewRun &run, const Judgement &judgement, bool hadPassword);

@@ -15,8 +15,11 @@ namespace {
 /// Everything with Homebrew's own command, whatever that finds.
 class UpgradeAllCommand final : public PackageCommand {
   public:
-    explicit UpgradeAllCommand(bool isOfFormulae)
-        : m_isOfFormulae(isOfFormulae) {}
+    explicit UpgradeAllCommand(const QList<PackageTarget> &outdated) {
+        for (const PackageTarget &package : outdated)
+            if (package.isCask)
+                m_casks.append(shortName(package.name));
+    }
 
     BrewArguments arguments(const PackageTarget &) const override { return {"upgrade"}; }
     BrewSession::Style style() const override { return BrewSession::Style::Terminal; }
@@ -26,10 +29,12 @@ class UpgradeAllCommand final : public PackageCommand {
     QString passwordReason(const PackageTarget &) const override {
         return QStringLiteral("Larkspur needs your administrator password to finish updating your packages.");
     }
-    bool isPasswordUnusual(const PackageTarget &) const override { return m_isOfFormulae; }
+    bool expectsPassword(const PackageTarget &, const QString &name) const override {
+        return m_casks.contains(shortName(name));
+    }
 
   private:
-    bool m_isOfFormulae; ///< nothing else is known to be outdated
+    QStringList m_casks; ///< that are known to be outdated
 };
 
 class UpgradeAll final : public PackageOperation {
@@ -73,10 +78,7 @@ class UpgradeAll final : public PackageOperation {
 };
 
 UpgradeAll::UpgradeAll(const PackageServices &services, const QList<PackageTarget> &outdated)
-    : PackageOperation(services,
-                       std::make_unique<UpgradeAllCommand>(
-                           !outdated.isEmpty() && std::ranges::none_of(outdated, &PackageTarget::isCask)),
-                       outdated) {}
+    : PackageOperation(services, std::make_unique<UpgradeAllCommand>(outdated), outdated) {}
 
 Task<> UpgradeAll::conclude(LockedWork work, const InstalledPackages *before, const InstalledPackages *after,
                             OperationReport *report) {
@@ -86,8 +88,8 @@ Task<> UpgradeAll::conclude(LockedWork work, const InstalledPackages *before, co
     for (const QString &complaint : complaints)
         work.warn(complaint);
     if (!report->failure)
-        report->servicesToRestart = co_await servicesToRestart(work, after->formulaeNewSince(*before),
-                                                               &services().queries);
+        report->servicesToRestart =
+            co_await servicesToRestart(work, after->formulaeNewSince(*before), &services().queries);
 }
 
 } // namespace

@@ -25,8 +25,9 @@ std::optional<ForcedRetry> UpgradeCommand::retry(const PackageTarget &package, c
 QString UpgradeCommand::cancelledLine(const PackageTarget &package, bool hasRun) const {
     if (hasRun)
         return PackageCommand::cancelledLine(package, hasRun);
-    return QStringLiteral("Administrator authorization is required to update %1 and was cancelled. No changes "
-                          "were made.")
+    return QStringLiteral(
+               "Administrator authorization is required to update %1 and was cancelled. No changes "
+               "were made.")
         .arg(package.name);
 }
 

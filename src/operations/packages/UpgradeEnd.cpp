@@ -16,9 +16,8 @@ QStringList linesAbout(const PackageTarget &package, const QStringList &lines) {
     const QRegularExpression word(QStringLiteral("(?<![\\w@.+-])%1(?![\\w@+-])")
                                       .arg(QRegularExpression::escape(shortName(package.name))));
     QStringList own;
-    std::ranges::copy_if(lines, std::back_inserter(own), [&word](const QString &line) {
-        return namesFailure(line) && line.contains(word);
-    });
+    std::ranges::copy_if(lines, std::back_inserter(own),
+                         [&word](const QString &line) { return namesFailure(line) && line.contains(word); });
     return own.isEmpty() ? lines : own;
 }
 

@@ -81,8 +81,7 @@ Task<Result<bool>> UpgradePackages::prepare(LockedWork work) {
     for (const PackageTarget &package : packages()) {
         if (!package.isPinned || isUpToDate(package))
             continue;
-        const auto pin =
-            m_pins.try_emplace(package.name, work, services().casks.noteFolder, package).first;
+        const auto pin = m_pins.try_emplace(package.name, work, services().casks.noteFolder, package).first;
         if (const auto taken = co_await pin->second.takeOff(); !taken)
             co_return std::unexpected(taken.error());
     }
@@ -110,8 +109,8 @@ Task<> UpgradePackages::conclude(LockedWork work, const InstalledPackages *befor
         if (!co_await pin.putBack())
             report->hasWarnings = true;
     if (before && after && !report->failure)
-        report->servicesToRestart = co_await servicesToRestart(work, after->formulaeNewSince(*before),
-                                                               &services().queries);
+        report->servicesToRestart =
+            co_await servicesToRestart(work, after->formulaeNewSince(*before), &services().queries);
 }
 
 } // namespace

@@ -46,8 +46,8 @@ Task<bool> UpgradeSafeguard::prepare(LockedWork work, Scope scope,
     if (!*installed) {
         work.warn(QStringLiteral("No restore point could be saved: %1").arg(installed->error()));
         if (m_parts.kegs.isEnabled())
-            work.warn(QStringLiteral(
-                "No version could be preserved, so this upgrade cannot be rolled back."));
+            work.warn(
+                QStringLiteral("No version could be preserved, so this upgrade cannot be rolled back."));
         co_return false;
     }
     const InstalledPackages &packages = **installed;

@@ -33,7 +33,8 @@ class UpgradeSafeguard {
                        const std::expected<InstalledPackages, QString> *installed);
 
   private:
-    Task<bool> preserve(LockedWork work, Scope scope, const InstalledPackages *installed, std::optional<QUuid> snapshot);
+    Task<bool> preserve(LockedWork work, Scope scope, const InstalledPackages *installed,
+                        std::optional<QUuid> snapshot);
     struct Replaced {
         QStringList names;
         QString failure = {}; ///< why there may be more; empty if these are all

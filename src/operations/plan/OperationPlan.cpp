@@ -35,9 +35,8 @@ QStringList describePlan(const OperationPlan &plan) {
     if (!plan.dependents.isEmpty())
         lines.append(QStringLiteral("Still needed by %1").arg(plan.dependents.join(QStringLiteral(", "))));
     if (!plan.pinned.isEmpty())
-        lines.append((plan.leavesPinned
-                          ? QStringLiteral("Left out, because it is pinned: %1")
-                          : QStringLiteral("Pinned, and will be again afterwards: %1"))
+        lines.append((plan.leavesPinned ? QStringLiteral("Left out, because it is pinned: %1")
+                                        : QStringLiteral("Pinned, and will be again afterwards: %1"))
                          .arg(plan.pinned.join(QStringLiteral(", "))));
     if (plan.downloadSize)
         lines.append(QStringLiteral("To download: %1").arg(*plan.downloadSize));

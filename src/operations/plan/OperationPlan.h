@@ -43,7 +43,7 @@ struct PlanQuestion {
     QString text;   ///< "Upgrade wget?"
     QString action; ///< what the button says: "Upgrade"
     bool removes = false;
-    bool isMust = false; ///< asked even of somebody who does not want to see plans
+    bool isMust = false;  ///< asked even of somebody who does not want to see plans
     QString refusal = {}; ///< why nothing is begun where nobody can be asked; empty: it is
 };
 

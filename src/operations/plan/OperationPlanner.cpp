@@ -20,9 +20,8 @@ QStringList namesOf(const QList<PackageTarget> &packages, bool isCask) {
 
 /// Why one of them can be named to nobody.
 QString refusalOf(const QList<PackageTarget> &packages) {
-    const auto refused = std::ranges::find_if_not(packages, [](const PackageTarget &package) {
-        return PackageName::parse(package.name).has_value();
-    });
+    const auto refused = std::ranges::find_if_not(
+        packages, [](const PackageTarget &package) { return PackageName::parse(package.name).has_value(); });
     return refused == packages.end() ? QString() : BrewError::packageNotFound(refused->name).description();
 }
 

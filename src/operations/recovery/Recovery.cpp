@@ -42,9 +42,9 @@ Task<> Recovery::putRight(BrewSession *session, OperationContext context) {
         {.arguments = {"--prefix"}, .suppressAutoUpdate = true, .stop = context.stop});
     const bool isAnswer = answer && answer->succeeded();
     const LockedWork work{.session = session,
-                            .context = std::move(context),
-                            .prefix = isAnswer ? answer->standardOutput().trimmed() : co_await likelyPrefix(),
-                            .logger = &m_parts.logger};
+                          .context = std::move(context),
+                          .prefix = isAnswer ? answer->standardOutput().trimmed() : co_await likelyPrefix(),
+                          .logger = &m_parts.logger};
     if (work.context.output && std::ranges::any_of(m_leftovers, [&](const auto &leftover) {
             return leftover->concerns(work.prefix);
         }))

@@ -8,7 +8,8 @@ namespace larkspur {
 
 class Logger;
 
-/// What a piece of work has that holds the operation lock: an operation, or what puts right what one has left.
+/// What a piece of work has that holds the operation lock: an operation, or what puts right what one has
+/// left.
 struct LockedWork {
     BrewSession *session;
     OperationContext context;

@@ -14,7 +14,7 @@ class RestartCommand final : public PackageCommand {
     }
     QString verb() const override { return QStringLiteral("Restarting"); }
     /// Some run as root.
-    bool isPasswordUnusual(const PackageTarget &) const override { return false; }
+    bool expectsPassword(const PackageTarget &, const QString &) const override { return true; }
 };
 
 } // namespace

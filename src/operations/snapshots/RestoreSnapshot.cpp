@@ -144,7 +144,8 @@ Task<Result<bool>> RestoreSnapshot::installMissing(LockedWork work, QList<Snapsh
     const InstallCommand command;
     for (const SnapshotEntry &entry : missing) {
         work.say(QStringLiteral("Reinstalling ") + entry.name);
-        const auto done = co_await runStep(work, &command, {.name = entry.name, .isCask = entry.isCask}, report);
+        const auto done =
+            co_await runStep(work, &command, {.name = entry.name, .isCask = entry.isCask}, report);
         if (!done)
             co_return std::unexpected(done.error());
         if (report->packages.last().end == PackageEnd::Cancelled)

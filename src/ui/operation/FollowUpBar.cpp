@@ -35,16 +35,13 @@ FollowUpBar::FollowUpBar(Services services, QWidget *parent)
     m_pin->setToolTip(
         tr("A pinned formula keeps its version; otherwise the next upgrade undoes the rollback."));
     connect(m_restart, &QPushButton::clicked, this, [this] {
-        m_services.operations.start(
-            restartServices(m_services.packages, m_run->report().servicesToRestart));
+        m_services.operations.start(restartServices(m_services.packages, m_run->report().servicesToRestart));
     });
     connect(m_skip, &QPushButton::clicked, this, &FollowUpBar::skip);
-    connect(m_pin, &QPushButton::clicked, this, [this] {
-        m_services.operations.start(pinPackages(m_services.packages, rolledBack()));
-    });
-    connect(m_rollBack, &QPushButton::clicked, this, [this] {
-        m_services.operations.start(rollBackKegs(m_services.packages, rollbackTargets()));
-    });
+    connect(m_pin, &QPushButton::clicked, this,
+            [this] { m_services.operations.start(pinPackages(m_services.packages, rolledBack())); });
+    connect(m_rollBack, &QPushButton::clicked, this,
+            [this] { m_services.operations.start(rollBackKegs(m_services.packages, rollbackTargets())); });
     connect(m_terminal, &QPushButton::clicked, this,
             [this] { runInTerminal(commandForTerminal(), window()); });
     connect(&services.inventory, &InventoryState::changed, this, &FollowUpBar::offer);
@@ -81,10 +78,9 @@ void FollowUpBar::offer() {
     m_pin->setVisible(!packages.isEmpty());
     m_pin->setText(packages.size() == 1 ? tr("Pin %1").arg(inCaption(packages.first().name))
                                         : tr("Pin Them"));
-    m_skip->setVisible(!m_hasSkipped &&
-                       std::ranges::any_of(packages, [this](const auto &package) {
-                           return !versionToSkip(package).isEmpty();
-                       }));
+    m_skip->setVisible(!m_hasSkipped && std::ranges::any_of(packages, [this](const auto &package) {
+        return !versionToSkip(package).isEmpty();
+    }));
     m_skip->setText(packages.size() == 1 ? tr("Skip %1").arg(inCaption(versionToSkip(packages.first())))
                                          : tr("Skip Versions"));
     m_rollBack->setVisible(hasFailed && !rollbackTargets().isEmpty());

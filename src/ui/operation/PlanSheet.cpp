@@ -81,9 +81,9 @@ PlanSheet::PlanSheet(Services services, OperationPtr operation, QWidget *parent)
     layout->addWidget(m_remarks);
     layout->addWidget(m_again);
     layout->addWidget(buttons);
-    services.tasks.spawn(QStringLiteral("The plan of an operation"),
-                         makePlan(m_operation, m_stop.get_token(), this,
-                                  [this](const OperationPlan &plan) { show(plan); }));
+    services.tasks.spawn(
+        QStringLiteral("The plan of an operation"),
+        makePlan(m_operation, m_stop.get_token(), this, [this](const OperationPlan &plan) { show(plan); }));
 }
 
 PlanSheet::~PlanSheet() {
@@ -93,8 +93,9 @@ PlanSheet::~PlanSheet() {
 void PlanSheet::show(const OperationPlan &plan) {
     m_operation->agree(plan); // starting it without having seen this is not possible any more
     for (const PlannedChange &change : plan.changes)
-        m_changes->addTopLevelItem(new QTreeWidgetItem(
-            {change.name, change.from, m_question.removes ? tr("removed") : change.to, roleText(change.role)}));
+        m_changes->addTopLevelItem(
+            new QTreeWidgetItem({change.name, change.from, m_question.removes ? tr("removed") : change.to,
+                                 roleText(change.role)}));
     for (int column = 0; column < m_changes->columnCount(); ++column)
         m_changes->resizeColumnToContents(column);
     constexpr int shownRows = 9;

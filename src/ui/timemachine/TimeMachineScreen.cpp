@@ -2,8 +2,8 @@
 
 #include "core/async/TaskScope.h"
 #include "operations/OperationCenter.h"
-#include "operations/snapshots/RestoreSnapshot.h"
 #include "operations/kegs/KegPreservationManager.h"
+#include "operations/snapshots/RestoreSnapshot.h"
 #include "operations/snapshots/SnapshotManager.h"
 #include "ui/theme/Icons.h"
 #include "ui/timemachine/CompareSheet.h"

@@ -69,8 +69,7 @@ void PackageActions::startAfterPlan(const OperationPtr &operation, QWidget *wind
     }
     auto *sheet = new PlanSheet({m_services.preferences, m_services.tasks}, operation, window->window());
     sheet->setAttribute(Qt::WA_DeleteOnClose);
-    connect(sheet, &QDialog::accepted, this,
-            [this, operation] { m_services.operations.start(operation); });
+    connect(sheet, &QDialog::accepted, this, [this, operation] { m_services.operations.start(operation); });
     sheet->open();
 }
 

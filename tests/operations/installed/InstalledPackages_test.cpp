@@ -123,7 +123,8 @@ class InstalledPackagesTest : public QObject {
         const QUuid point = await(world.snapshots.take(SnapshotTrigger::Manual))->id;
         world.addFormula("b", "1");
         world.spoil("Caskroom");
-        QVERIFY(world.perform(restoreSnapshot(world.packages, {.snapshot = point, .removesAdded = true})).failure);
+        QVERIFY(world.perform(restoreSnapshot(world.packages, {.snapshot = point, .removesAdded = true}))
+                    .failure);
         QCOMPARE(world.changes(), QStringList());
     }
 

@@ -33,8 +33,7 @@ class StateCheckTest : public QObject {
         row("not installed", "install", "install x", "", "", "x is not installed.");
         row("upgraded", "upgrade", "upgrade --formula x", "1", "2", "");
         row("with a revision", "upgrade", "upgrade --formula x", "1", "2_1", "");
-        row("not upgraded", "upgrade", "upgrade --formula x", "1", "1",
-            "x is not at 2: what is there is 1.");
+        row("not upgraded", "upgrade", "upgrade --formula x", "1", "1", "x is not at 2: what is there is 1.");
         row("gone", "upgrade", "upgrade --formula x", "1", "", "x is not installed.");
         row("removed", "uninstall", "uninstall x", "1", "", "");
         row("not removed", "uninstall", "uninstall x", "1", "1", "x is still installed: 1.");
@@ -81,8 +80,8 @@ class StateCheckTest : public QObject {
 
     void upToDateRunsNothing() {
         OperationWorld world;
-        const auto report = world.perform("upgrade",
-                                          {{.name = "x", .installedVersion = "1.2", .latestVersion = "1.2"}});
+        const auto report =
+            world.perform("upgrade", {{.name = "x", .installedVersion = "1.2", .latestVersion = "1.2"}});
         QVERIFY(world.shell.commands().isEmpty());
         QCOMPARE(world.sink->lines(),
                  QStringList{"==> x is already up to date (installed 1.2, latest 1.2). No "
@@ -98,9 +97,8 @@ class StateCheckTest : public QObject {
         world.shell.answerOnce("upgrade --formula x", "Error: no\n", 1,
                                [&] { isNoted = world.notes().size() == 1; });
         world.shell.answer("pin x", {});
-        const auto report =
-            world.perform("upgrade",
-                          {{.name = "x", .installedVersion = "1", .latestVersion = "2", .isPinned = true}});
+        const auto report = world.perform(
+            "upgrade", {{.name = "x", .installedVersion = "1", .latestVersion = "2", .isPinned = true}});
         QCOMPARE(world.changes(), QStringList({"unpin x", "upgrade --formula x", "pin x"}));
         QVERIFY(isNoted && world.notes().isEmpty());
         QCOMPARE(report.count(PackageEnd::Failed), 1);
@@ -134,8 +132,7 @@ class StateCheckTest : public QObject {
         QTimer::singleShot(50, [&stop] { stop.request_stop(); });
         const PackageTarget held{
             .name = "x", .installedVersion = "1", .latestVersion = "2", .isPinned = true};
-        const auto report =
-            world.perform(world.operation("upgrade", {held}), stop.get_token());
+        const auto report = world.perform(world.operation("upgrade", {held}), stop.get_token());
         QVERIFY(report.wasStopped());
         QVERIFY(world.changes().contains("pin x") && world.notes().isEmpty());
     }

@@ -72,9 +72,8 @@ class PackageOperationsTest : public QObject {
                                             {"e", false, "1", "2"},
                                             {"f", false, "1", "2", true}, // pinned
                                             {"g", false, "1", "2"}};
-        world.shell.answerOnce("upgrade", "==> Upgrading\nError: e: no room\nError: other\n", 1, [&] {
-            world.addFormula("d", "2");
-        });
+        world.shell.answerOnce("upgrade", "==> Upgrading\nError: e: no room\nError: other\n", 1,
+                               [&] { world.addFormula("d", "2"); });
         const auto failed = world.perform("upgrade all", outdated);
         QCOMPARE(failed.tally(), "1 done, 2 failed");
         QCOMPARE(failed.packages[1].lines, QStringList{"Error: e: no room"});
@@ -151,10 +150,9 @@ class PackageOperationsTest : public QObject {
         StopSource stop;
         world.shell.answer("info --installed --json=v2", {}, 1); // then they are taken as they come
         world.shell.answerOnce("uninstall a", {}, 0, [&stop] { stop.request_stop(); });
-        const auto report =
-            world.perform(world.operation("uninstall", {{"a"}, {"b"}}), stop.get_token());
+        const auto report = world.perform(world.operation("uninstall", {{"a"}, {"b"}}), stop.get_token());
         QVERIFY(report.wasStopped());
-        QCOMPARE(world.changes(), QStringList{"uninstall a"}); // b was not begun
+        QCOMPARE(world.changes().filter("uninstall"), QStringList{"uninstall a"}); // b was not begun
     }
 
     void aStopPutsThePinBack_data() {
@@ -170,7 +168,8 @@ class PackageOperationsTest : public QObject {
         world.shell.answer("unpin x", {});
         world.shell.answer("pin x", {});
         world.shell.answerOnce(stoppedAt, {}, -1, [&stop] { stop.request_stop(); });
-        const auto report = world.perform(world.operation("upgrade", {{"x", false, "1", "2", true}}), stop.get_token());
+        const auto report =
+            world.perform(world.operation("upgrade", {{"x", false, "1", "2", true}}), stop.get_token());
         QVERIFY(report.wasStopped());
         QCOMPARE(world.changes().last(), "pin x");
         QVERIFY(world.notes().isEmpty());

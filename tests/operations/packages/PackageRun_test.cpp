@@ -77,21 +77,29 @@ class PackageRunTest : public QObject {
         QVERIFY(world.asked[1].isUnusual);
     }
 
+    /// What is warned of, and which package the question names.
     void formulaeNeedNoPassword() {
         World world;
-        const auto isUnusual = [&](const OperationPtr &operation) {
+        const auto question = [&](const OperationPtr &operation, const QByteArray &heading) {
+            for (const char *line : {"reinstall x", "reinstall --cask x", "services restart x", "upgrade"})
+                world.shell.answer(line, heading + sudoFailure, 1);
             world.asked.clear();
             OperationRun *run = world.center.start(operation);
-            return spinUntil([run] { return !run->isRunning(); }) && world.asked.value(0).isUnusual;
+            if (!spinUntil([run] { return !run->isRunning(); }) || world.asked.size() != 1)
+                return QString("nothing is asked");
+            return world.asked[0].package + (world.asked[0].isUnusual ? " unusual" : "");
         };
-        for (const char *line : {"reinstall x", "reinstall --cask x", "services restart x", "upgrade"})
-            world.shell.answer(line, sudoFailure, 1);
-        QVERIFY(isUnusual(world.operation("reinstall", {{"x", false}})));
-        QVERIFY(!isUnusual(world.operation("reinstall", {{"x", true}})));
-        QVERIFY(!isUnusual(restartServices(world.packages, {"x"}))); // which may be root's
-        QVERIFY(isUnusual(world.operation("upgrade all", {{"x", false}, {"y", false}})));
-        QVERIFY(!isUnusual(world.operation("upgrade all", {{"x", false}, {"y", true}})));
-        QVERIFY(!isUnusual(world.operation("upgrade all", {}))); // whatever that is
+        const OperationPtr formula = world.operation("reinstall", {{"x", false}});
+        QCOMPARE(question(formula, ""), "x unusual");
+        const OperationPtr cask = world.operation("reinstall", {{"x", true}});
+        QCOMPARE(question(cask, ""), "x");
+        QCOMPARE(question(cask, "==> Installing Cask x\n"), "x");
+        QCOMPARE(question(cask, "==> Pouring lib--1.0.bottle.tar.gz\n"), "lib unusual"); // it needs lib
+        QCOMPARE(question(restartServices(world.packages, {"x"}), ""), "x"); // which may be root's
+        const OperationPtr all = world.operation("upgrade all", {{"x", false}, {"y", true}});
+        QCOMPARE(question(all, ""), " unusual"); // whatever that is
+        QCOMPARE(question(all, "==> Upgrading y\n==> Upgrading 2 packages:\n"), "y");
+        QCOMPARE(question(all, "==> Upgrading y\n==> Upgrading x\n"), "x unusual");
     }
 
     void aRejectedPasswordIsAskedForAgain() {
@@ -193,11 +201,9 @@ class PackageRunTest : public QObject {
         const QString older = "==> An older copy of x is blocking the update. Retrying with --force…";
         const QString missing = "Error: x: It seems the App source '%1' is not there.\n";
         QTest::newRow("update, in the Caskroom")
-            << "upgrade" << missing.arg("/p/Caskroom/x/1/x.app") << removed
-            << "reinstall --cask --force x";
+            << "upgrade" << missing.arg("/p/Caskroom/x/1/x.app") << removed << "reinstall --cask --force x";
         QTest::newRow("removal, in the Caskroom")
-            << "uninstall" << missing.arg("/p/Caskroom/x/1/x.app") << removed
-            << "uninstall --cask --force x";
+            << "uninstall" << missing.arg("/p/Caskroom/x/1/x.app") << removed << "uninstall --cask --force x";
         QTest::newRow("update, at its own place")
             << "upgrade" << missing.arg("APP") << removed << "reinstall --cask --force x";
         QTest::newRow("older copy") << "upgrade"
@@ -208,9 +214,8 @@ class PackageRunTest : public QObject {
             << ""
             << "";
         QTest::newRow("elsewhere") << "upgrade" << missing.arg("/tmp/y.app") << "" << "";
-        QTest::newRow("split over lines")
-            << "upgrade" << "Error: source '\n/p/Caskroom/x is not there\n"
-            << "" << "";
+        QTest::newRow("split over lines") << "upgrade" << "Error: source '\n/p/Caskroom/x is not there\n"
+                                          << "" << "";
     }
     void forcedRetries() {
         QFETCH(QString, kind);
@@ -302,8 +307,7 @@ class PackageRunTest : public QObject {
                 world.shell.answer("upgrade --cask x", sudoFailure, 1);
             else
                 world.shell.hold("upgrade --cask x");
-            OperationRun *run =
-                world.center.start(world.operation("upgrade", {{"x", true}}));
+            OperationRun *run = world.center.start(world.operation("upgrade", {{"x", true}}));
             QVERIFY(spinUntil(
                 [&] { return inPrompt ? world.sudoAuth.isPrompting() : world.changes().size() == 1; }));
             run->stop();

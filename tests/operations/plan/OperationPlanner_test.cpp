@@ -43,8 +43,7 @@ class OperationPlannerTest : public QObject {
             "info --installed --cask --json=v2",
             "{\"formulae\":[],\"casks\":[{\"token\":\"b\",\"version\":\"2\",\"installed\":\"1\","
             "\"artifacts\":[{\"pkg\":[\"b.pkg\"]}]}]}");
-        const OperationPlan plan =
-            world.plan("upgrade", {{"a", false}, {"b", true}});
+        const OperationPlan plan = world.plan("upgrade", {{"a", false}, {"b", true}});
         QCOMPARE(plan.changes.size(), 2);
         QCOMPARE(plan.privileged, QStringList{"b"});
         QVERIFY(plan.failure.isEmpty());
@@ -62,17 +61,16 @@ class OperationPlannerTest : public QObject {
     void aFailureIsPartOfThePlan() {
         World world;
         world.shell.answer("upgrade --dry-run --formula a", {}, 1, "Error: No available formula\n");
-        QVERIFY(world.plan("upgrade", {{"a", false}})
-                    .failure.contains("No available formula"));
-        QVERIFY(
-            !world.plan("upgrade", {{"--evil", false}}).failure.isEmpty());
+        QVERIFY(world.plan("upgrade", {{"a", false}}).failure.contains("No available formula"));
+        QVERIFY(!world.plan("upgrade", {{"--evil", false}}).failure.isEmpty());
     }
 
     void aPinnedPackageIsNoFailure() {
         World world;
         world.shell.answer("upgrade --dry-run --formula a", {}, 1,
                            "Error: a is pinned. You must unpin it.\n");
-        const OperationPlan plan = world.plan("upgrade", {{.name = "a", .installedVersion = "1", .latestVersion = "2", .isPinned = true}});
+        const OperationPlan plan = world.plan(
+            "upgrade", {{.name = "a", .installedVersion = "1", .latestVersion = "2", .isPinned = true}});
         QVERIFY(plan.failure.isEmpty());
         QCOMPARE(plan.pinned, QStringList{"a"});
         QCOMPARE(plan.changes.size(), 1);
