@@ -96,7 +96,10 @@ class UpgradeCommand final : public Command {
                 damage);
             co_return ExitStatus::Failed;
         }
-        const auto outdated = co_await context.larkspur.queries().outdated(context.stop);
+        // What is named is upgraded even if it updates itself.
+        const auto outdated = co_await context.larkspur.queries().outdated(
+            context.stop, arguments.has("--all") ? InventoryQueries::SelfUpdating::AsPreferred
+                                                 : InventoryQueries::SelfUpdating::Included);
         if (!outdated) {
             context.terminal.error(outdated.error());
             co_return statusFor(outdated.error());
@@ -141,7 +144,7 @@ class UpgradeCommand final : public Command {
         if (package.isCask) {
             const auto casks = co_await queries.installedCasks(context.stop);
             for (const Cask &entry : casks.value_or(QList<Cask>()))
-                if (entry.token == shortName(package.name))
+                if (entry.token == shortName(package.name) && entry.version != QLatin1String("latest"))
                     co_return QString(entry.version);
         } else {
             const auto formulae = co_await queries.installedFormulae(context.stop);

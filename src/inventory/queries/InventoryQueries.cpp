@@ -158,9 +158,9 @@ Task<Result<QList<Cask>>> InventoryQueries::installedCasks(StopToken stop) {
                       &m_unreadableCasks);
 }
 
-Task<Result<QList<OutdatedPackage>>> InventoryQueries::outdated(StopToken stop) {
+Task<Result<QList<OutdatedPackage>>> InventoryQueries::outdated(StopToken stop, SelfUpdating casks) {
     BrewArguments arguments{"outdated", jsonV2};
-    if (m_preferences.boolean(keys::includeAutoUpdateCasks))
+    if (casks == SelfUpdating::Included || m_preferences.boolean(keys::includeAutoUpdateCasks))
         arguments.append("--greedy-auto-updates");
     auto answer = co_await ask(std::move(arguments), std::move(stop));
     if (!answer)

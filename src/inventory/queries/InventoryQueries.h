@@ -34,8 +34,10 @@ class InventoryQueries {
 
     Task<Result<QList<Formula>>> installedFormulae(StopToken stop = {});
     Task<Result<QList<Cask>>> installedCasks(StopToken stop = {});
-    /// Self-updating casks are included if the person's preference says so.
-    Task<Result<QList<OutdatedPackage>>> outdated(StopToken stop = {});
+    enum class SelfUpdating { AsPreferred, Included };
+    /// Casks that update themselves are in the answer as the person prefers, or in any case.
+    Task<Result<QList<OutdatedPackage>>> outdated(StopToken stop = {},
+                                                  SelfUpdating casks = SelfUpdating::AsPreferred);
     Task<Result<QSet<QString>>> leaves(StopToken stop = {});
     /// Short names of pinned packages of both kinds.
     Task<Result<QSet<QString>>> pinned(StopToken stop = {});

@@ -37,7 +37,8 @@ StateFinding unlessInstalled(const PackageState &state) {
 StateFinding unlessUpgraded(const PackageTarget &package, const PackageState &state) {
     const bool isThere = package.latestVersion.isEmpty() ? state.versions != state.versionsBefore
                                                          : contains(state.versions, package.latestVersion);
-    if (isThere || state.versionsBefore.isEmpty() || state.versions.isEmpty())
+    const bool hasNoNumber = state.versions.contains(QStringLiteral("latest")); // whatever is the newest
+    if (isThere || hasNoNumber || state.versionsBefore.isEmpty() || state.versions.isEmpty())
         return unlessInstalled(state);
     return {package.latestVersion.isEmpty() ? QStringLiteral("is unchanged: %1").arg(listed(state.versions))
                                             : QStringLiteral("is not at %1: what is there is %2")

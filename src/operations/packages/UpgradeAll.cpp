@@ -1,6 +1,9 @@
 #include "operations/packages/UpgradeAll.h"
 
+#include "core/settings/Preferences.h"
+#include "operations/casks/CaskApplications.h"
 #include "operations/packages/PackageOperation.h"
+#include "operations/packages/UpgradeCommand.h"
 #include "operations/packages/UpgradeEnd.h"
 #include "operations/packages/UpgradePackages.h"
 #include "operations/packages/UpgradeSafeguard.h"
@@ -15,13 +18,20 @@ namespace {
 /// Everything with Homebrew's own command, whatever that finds.
 class UpgradeAllCommand final : public PackageCommand {
   public:
-    explicit UpgradeAllCommand(const QList<PackageTarget> &outdated) {
+    UpgradeAllCommand(const Preferences &preferences, const QList<PackageTarget> &outdated)
+        : m_preferences(preferences) {
         for (const PackageTarget &package : outdated)
             if (package.isCask)
                 m_casks.append(shortName(package.name));
     }
 
-    BrewArguments arguments(const PackageTarget &) const override { return {"upgrade"}; }
+    BrewArguments arguments(const PackageTarget &) const override {
+        if (m_preferences.boolean(keys::useReinstallForCasks))
+            return {"upgrade", "--formula"}; // the casks follow one by one
+        return m_preferences.boolean(keys::includeAutoUpdateCasks)
+                   ? BrewArguments{"upgrade", "--greedy-auto-updates"}
+                   : BrewArguments{"upgrade"};
+    }
     BrewSession::Style style() const override { return BrewSession::Style::Terminal; }
     QString verb() const override { return QStringLiteral("Upgrading"); }
     Deed deed() const override { return Deed::Upgraded; }
@@ -34,6 +44,7 @@ class UpgradeAllCommand final : public PackageCommand {
     }
 
   private:
+    const Preferences &m_preferences;
     QStringList m_casks; ///< that are known to be outdated
 };
 
@@ -42,7 +53,9 @@ class UpgradeAll final : public PackageOperation {
     UpgradeAll(const PackageServices &services, const QList<PackageTarget> &outdated);
 
     QString title() const override { return QStringLiteral("Upgrading all packages"); }
-    QString terminalCommand() const override { return QStringLiteral("brew upgrade"); }
+    QString terminalCommand() const override {
+        return QStringLiteral("brew ") + command().arguments({}).words().join(QLatin1Char(' '));
+    }
     std::optional<int> expectedSteps() const override {
         return static_cast<int>(std::ranges::count_if(
             packages(), [](const PackageTarget &package) { return !package.isPinned; }));
@@ -52,7 +65,8 @@ class UpgradeAll final : public PackageOperation {
                             .action = QStringLiteral("Upgrade")};
     }
     Task<OperationPlan> plan(StopToken stop) const override {
-        return services().planner.planUpgradeOfAll(packages(), std::move(stop));
+        return services().planner.planUpgradeOfAll(
+            packages(), services().preferences.boolean(keys::includeAutoUpdateCasks), std::move(stop));
     }
     void agree(const OperationPlan &plan) override {
         if (plan.failure.isEmpty())
@@ -61,24 +75,59 @@ class UpgradeAll final : public PackageOperation {
 
   protected:
     QStringList casksAtRisk(const InstalledPackages &installed) const override {
-        return installed.currentCasks().keys();
+        return m_caskCommand.reinstallsCasks() ? QStringList() : installed.currentCasks().keys();
     }
     Task<Result<bool>> prepare(LockedWork work) override {
         co_return co_await services().safeguard.prepare(
             work, {.isEverything = true, .packages = packages(), .replaced = m_replaced}, &installed());
     }
-    Task<Result<bool>> carryOut(LockedWork work, OperationReport *report) override {
-        return treat(std::move(work), PackageTarget(), report);
-    }
+    Task<Result<bool>> carryOut(LockedWork work, OperationReport *report) override;
     Task<> conclude(LockedWork work, const InstalledPackages *before, const InstalledPackages *after,
                     OperationReport *report) override;
 
   private:
+    /// Casks that the command for all has not upgraded, and that one of their own may.
+    QList<PackageTarget> casksToTry(const QString &prefix, const PackageResult &run) const;
+
+    UpgradeCommand m_caskCommand;
     std::optional<QStringList> m_replaced; ///< what the person was shown
 };
 
 UpgradeAll::UpgradeAll(const PackageServices &services, const QList<PackageTarget> &outdated)
-    : PackageOperation(services, std::make_unique<UpgradeAllCommand>(outdated), outdated) {}
+    : PackageOperation(services, std::make_unique<UpgradeAllCommand>(services.preferences, outdated),
+                       outdated)
+    , m_caskCommand(services.preferences) {}
+
+QList<PackageTarget> UpgradeAll::casksToTry(const QString &prefix, const PackageResult &run) const {
+    QList<PackageTarget> casks;
+    for (const PackageTarget &package : packages()) {
+        const auto token = PackageName::parse(package.name);
+        if (!package.isCask || package.isPinned || !token)
+            continue;
+        const auto places = caskApplicationPlaces(*token, services().casksAt(prefix));
+        const QStringList failure = failureAbout(package, run.lines);
+        if (m_caskCommand.reinstallsCasks() ||
+            (run.end == PackageEnd::Failed &&
+             m_caskCommand.retry(package, failure, places.value_or(QStringList()))))
+            casks.append(package);
+    }
+    return casks;
+}
+
+Task<Result<bool>> UpgradeAll::carryOut(LockedWork work, OperationReport *report) {
+    if (const auto done = co_await treat(work, PackageTarget(), report); !done)
+        co_return std::unexpected(done.error());
+    for (const PackageTarget &cask : casksToTry(work.prefix, report->packages.first())) {
+        if (work.isStopped())
+            co_return std::unexpected(BrewError::stopped());
+        work.say(QStringLiteral("Upgrading ") + cask.name);
+        if (const auto done = co_await runStep(work, &m_caskCommand, cask, report); !done)
+            co_return std::unexpected(done.error());
+        if (report->packages.last().end == PackageEnd::Cancelled)
+            work.context.sudoAuth = nullptr; // who has declined is not asked for each of the rest
+    }
+    co_return true;
+}
 
 Task<> UpgradeAll::conclude(LockedWork work, const InstalledPackages *before, const InstalledPackages *after,
                             OperationReport *report) {

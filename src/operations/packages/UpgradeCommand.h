@@ -32,9 +32,10 @@ class UpgradeCommand final : public PackageCommand {
                                      const QStringList &places) const override;
     QString cancelledLine(const PackageTarget &package, bool hasRun) const override;
 
-  private:
+    /// For machines on which Homebrew cannot copy extended attributes.
     bool reinstallsCasks() const;
 
+  private:
     const Preferences &m_preferences;
 };
 

@@ -11,23 +11,15 @@ namespace larkspur {
 
 namespace {
 
-/// The lines that speak of the package, else all of them.
-QStringList linesAbout(const PackageTarget &package, const QStringList &lines) {
-    const QRegularExpression word(QStringLiteral("(?<![\\w@.+-])%1(?![\\w@+-])")
-                                      .arg(QRegularExpression::escape(shortName(package.name))));
-    QStringList own;
-    std::ranges::copy_if(lines, std::back_inserter(own),
-                         [&word](const QString &line) { return namesFailure(line) && line.contains(word); });
-    return own.isEmpty() ? lines : own;
-}
-
 /// Of a package that is not at its newest version; `run`: the result of the command for all.
 PackageResult notThere(const PackageTarget &package, const PackageResult &run, const StateFinding &finding,
                        bool isChanged) {
     if (run.end == PackageEnd::Stopped)
         return {package, PackageEnd::Stopped};
-    if (!run.isDone())
-        return {package, run.end, Deed::Upgraded, linesAbout(package, run.lines)};
+    if (!run.isDone()) {
+        const QStringList own = failureAbout(package, run.lines);
+        return {package, run.end, Deed::Upgraded, own.isEmpty() ? run.lines : own};
+    }
     return {package,
             isChanged ? PackageEnd::DoneWithWarnings : PackageEnd::Failed,
             Deed::Upgraded,
@@ -35,6 +27,15 @@ PackageResult notThere(const PackageTarget &package, const PackageResult &run, c
 }
 
 } // namespace
+
+QStringList failureAbout(const PackageTarget &package, const QStringList &lines) {
+    const QRegularExpression word(QStringLiteral("(?<![\\w@.+-])%1(?![\\w@+-])")
+                                      .arg(QRegularExpression::escape(shortName(package.name))));
+    QStringList own;
+    std::ranges::copy_if(lines, std::back_inserter(own),
+                         [&word](const QString &line) { return namesFailure(line) && line.contains(word); });
+    return own;
+}
 
 Task<QStringList> servicesToRestart(LockedWork work, QStringList upgraded, InventoryQueries *queries) {
     if (upgraded.isEmpty())
@@ -54,8 +55,9 @@ Task<QStringList> servicesToRestart(LockedWork work, QStringList upgraded, Inven
 QStringList tellApart(const QList<PackageTarget> &packages, const InstalledPackages &before,
                       const InstalledPackages &after, OperationReport *report) {
     QStringList complaints;
-    if (report->packages.size() != 1)
+    if (report->packages.isEmpty())
         return complaints;
+    const QList<PackageResult> later = report->packages.sliced(1);
     const PackageResult run = report->packages.first();
     QList<PackageResult> results;
     bool isExplained = run.isDone() || run.end == PackageEnd::Stopped;
@@ -64,12 +66,15 @@ QStringList tellApart(const QList<PackageTarget> &packages, const InstalledPacka
             continue; // left out
         const PackageState state = PackageState::of(package, before, after);
         const StateFinding finding = unlessUpgraded(package, state);
-        if (finding.text.isEmpty())
+        const auto own = std::ranges::find(later, package, &PackageResult::package);
+        if (own != later.end())
+            results.append(*own);
+        else if (finding.text.isEmpty())
             results.append({package, PackageEnd::Done, Deed::Upgraded});
         else
             results.append(notThere(package, run, finding, state.versions != state.versionsBefore));
-        isExplained = isExplained || results.last().end == run.end;
-        if (run.isDone() && !finding.text.isEmpty())
+        isExplained = isExplained || own != later.end() || results.last().end == run.end;
+        if (run.isDone() && own == later.end() && !finding.text.isEmpty())
             complaints.append(results.last().lines.first());
     }
     if (!isExplained || results.isEmpty())

@@ -29,8 +29,9 @@ Task<UpgradeSafeguard::Replaced> UpgradeSafeguard::replacedFormulae(LockedWork w
     QStringList names = namedFormulae(scope.packages);
     if (names.isEmpty() && !scope.isEverything)
         co_return Replaced{};
-    const auto answer = co_await work.session->execute(
-        scope.isEverything ? dryRunOfAll(work.context.stop) : dryRunOf(names, false, work.context.stop));
+    const auto answer =
+        co_await work.session->execute(scope.isEverything ? dryRunOfAll(false, work.context.stop)
+                                                          : dryRunOf(names, false, work.context.stop));
     const auto verdict = answer ? answer->verdict() : std::unexpected(answer.error());
     OperationPlan plan;
     if (answer) // what was told before it failed is true all the same

@@ -17,12 +17,16 @@ PlannedChange::Role roleUnder(const QString &header) {
 
 } // namespace
 
-BrewCommand dryRunOfAll(StopToken stop) {
-    return {.arguments = {"upgrade", "--dry-run"}, .suppressAutoUpdate = true, .stop = std::move(stop)};
+BrewCommand dryRunOfAll(bool selfUpdating, StopToken stop) {
+    BrewCommand command{
+        .arguments = {"upgrade", "--dry-run"}, .suppressAutoUpdate = true, .stop = std::move(stop)};
+    if (selfUpdating)
+        command.arguments.append("--greedy-auto-updates");
+    return command;
 }
 
 BrewCommand dryRunOf(const QStringList &names, bool areCasks, StopToken stop) {
-    BrewCommand command = dryRunOfAll(std::move(stop));
+    BrewCommand command = dryRunOfAll(false, std::move(stop));
     command.arguments.append(areCasks ? BrewWord("--cask") : BrewWord("--formula"));
     for (const QString &text : names)
         if (const auto name = PackageName::parse(text))

@@ -6,7 +6,8 @@
 namespace larkspur {
 
 /// Asks Homebrew what `brew upgrade` would change, and changes nothing: neither does it update the catalogue.
-BrewCommand dryRunOfAll(StopToken stop);
+/// `selfUpdating`: casks that update themselves, too.
+BrewCommand dryRunOfAll(bool selfUpdating, StopToken stop);
 /// The same of some packages of one kind; names that are none are left out.
 BrewCommand dryRunOf(const QStringList &names, bool areCasks, StopToken stop);
 

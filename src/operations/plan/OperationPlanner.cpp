@@ -73,9 +73,10 @@ Task<OperationPlan> OperationPlanner::planUpgrade(QList<PackageTarget> packages,
     co_return plan;
 }
 
-Task<OperationPlan> OperationPlanner::planUpgradeOfAll(QList<PackageTarget> outdated, StopToken stop) {
+Task<OperationPlan> OperationPlanner::planUpgradeOfAll(QList<PackageTarget> outdated, bool selfUpdating,
+                                                       StopToken stop) {
     OperationPlan plan{.pinned = pinnedOf(outdated), .leavesPinned = true};
-    co_await addDryRun(dryRunOfAll(stop), &plan);
+    co_await addDryRun(dryRunOfAll(selfUpdating, stop), &plan);
     QStringList names;
     for (const PlannedChange &change : plan.changes)
         names.append(shortName(change.name));

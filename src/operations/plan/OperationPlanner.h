@@ -16,7 +16,7 @@ class OperationPlanner {
 
     // None of them fails: a plan that could not be made says why.
     Task<OperationPlan> planUpgrade(QList<PackageTarget> packages, StopToken stop);
-    Task<OperationPlan> planUpgradeOfAll(QList<PackageTarget> outdated, StopToken stop);
+    Task<OperationPlan> planUpgradeOfAll(QList<PackageTarget> outdated, bool selfUpdating, StopToken stop);
     Task<OperationPlan> planRemoval(QList<PackageTarget> packages, StopToken stop);
 
   private:

@@ -88,6 +88,34 @@ class PackageOperationsTest : public QObject {
             "==> Warning: Homebrew reported success, but e is not at 2: what is there is 1."));
     }
 
+    /// What one command for all cannot do, the casks' own commands do.
+    void casksOfAnUpgradeOfAllHaveTheirRetries() {
+        World world;
+        const auto become = [&world](const QString &version) {
+            world.remove("Caskroom/x");
+            world.addCask("x", version);
+        };
+        world.addCask("x", "1");
+        const QList<PackageTarget> outdated{{"x", true, "1", "2"}};
+        const QByteArray blocked = "Error: x: It seems there is already an App at '/a/x.app'.\n";
+        world.shell.answer("upgrade", blocked, 1);
+        world.shell.answer("upgrade --cask x", blocked, 1);
+        world.shell.answerOnce("reinstall --cask --force x", "fine\n", 0, [&] { become("2"); });
+        QCOMPARE(world.perform("upgrade all", outdated).outcome(), OperationOutcome::Succeeded);
+        become("1");
+        world.preferences.set(keys::useReinstallForCasks, true);
+        world.shell.answer("upgrade --formula", {});
+        world.shell.answerOnce("reinstall --cask x", "fine\n", 0, [&] { become("2"); });
+        QCOMPARE(world.perform("upgrade all", outdated).outcome(), OperationOutcome::Succeeded);
+        world.preferences.set(keys::useReinstallForCasks, false);
+        world.preferences.set(keys::includeAutoUpdateCasks, true);
+        world.shell.answer("upgrade --greedy-auto-updates", {});
+        QCOMPARE(world.perform("upgrade all", outdated).tally(), "1 done");
+        QCOMPARE(world.changes().filter("upgrade"),
+                 QStringList(
+                     {"upgrade", "upgrade --cask x", "upgrade --formula", "upgrade --greedy-auto-updates"}));
+    }
+
     void upgradeOfAllIsOneCommand() {
         World world;
         world.shell.answer("upgrade", "==> Upgraded 2 outdated packages\n");
