@@ -15,7 +15,7 @@ class IncludeDirectionsTest : public QObject {
             {"platform", {"core"}},
             {"inventory", {"core"}},
             {"userdata", {"core", "inventory"}},
-            {"operations", {"core", "inventory", "userdata"}},
+            {"operations", {"core", "inventory"}},
             {"app", {"core", "inventory", "operations", "platform", "userdata"}},
             {"cli", {"app", "core", "inventory", "operations", "userdata"}},
             {"ui", {"app", "core", "inventory", "operations", "userdata"}},
