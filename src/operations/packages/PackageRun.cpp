@@ -42,7 +42,7 @@ Task<Result<PackageResult>> PackageRun::run() {
             co_return std::unexpected(BrewError::stopped());
         if (!password) {
             announce(m_command.cancelledLine(m_package, m_rejectedPasswords > 0));
-            co_return result(PackageEnd::Cancelled);
+            co_return result(PackageEnd::Cancelled, run->lines);
         }
     }
 }

@@ -2,6 +2,7 @@
 
 #include "core/settings/Preferences.h"
 #include "operations/casks/CaskApplications.h"
+#include "operations/packages/OutputByPackage.h"
 #include "operations/packages/PackageOperation.h"
 #include "operations/packages/UpgradeCommand.h"
 #include "operations/packages/UpgradeEnd.h"
@@ -100,15 +101,15 @@ UpgradeAll::UpgradeAll(const PackageServices &services, const QList<PackageTarge
 
 QList<PackageTarget> UpgradeAll::casksToTry(const QString &prefix, const PackageResult &run) const {
     QList<PackageTarget> casks;
+    const QHash<QString, QStringList> output = outputByPackage(packages(), run.lines);
     for (const PackageTarget &package : packages()) {
         const auto token = PackageName::parse(package.name);
         if (!package.isCask || package.isPinned || !token)
             continue;
         const auto places = caskApplicationPlaces(*token, services().casksAt(prefix));
-        const QStringList failure = failureAbout(package, run.lines);
+        const QStringList own = output.value(shortName(package.name));
         if (m_caskCommand.reinstallsCasks() ||
-            (run.end == PackageEnd::Failed &&
-             m_caskCommand.retry(package, failure, places.value_or(QStringList()))))
+            (!run.isDone() && m_caskCommand.retry(package, own, places.value_or(QStringList()))))
             casks.append(package);
     }
     return casks;

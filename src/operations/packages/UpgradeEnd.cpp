@@ -2,8 +2,8 @@
 
 #include "inventory/queries/InventoryQueries.h"
 #include "operations/installed/StateCheck.h"
-
-#include <QRegularExpression>
+#include "operations/packages/OutputByPackage.h"
+#include "operations/packages/PasswordTrigger.h"
 
 #include <algorithm>
 
@@ -11,15 +11,21 @@ namespace larkspur {
 
 namespace {
 
-/// Of a package that is not at its newest version; `run`: the result of the command for all.
-PackageResult notThere(const PackageTarget &package, const PackageResult &run, const StateFinding &finding,
-                       bool isChanged) {
+/// Of a package that is not at its newest version; `run`: the result of the command for all, `own`: what of
+/// its output concerns the package.
+PackageResult notThere(const PackageTarget &package, const PackageResult &run, const QStringList &own) {
     if (run.end == PackageEnd::Stopped)
         return {package, PackageEnd::Stopped};
-    if (!run.isDone()) {
-        const QStringList own = failureAbout(package, run.lines);
-        return {package, run.end, Deed::Upgraded, own.isEmpty() ? run.lines : own};
-    }
+    const bool wantedPassword = own.isEmpty() || passwordTrigger(own);
+    const bool wasCancelled = run.end == PackageEnd::Cancelled && wantedPassword;
+    return {package, wasCancelled ? PackageEnd::Cancelled : PackageEnd::Failed, Deed::Upgraded,
+            own.isEmpty() ? run.lines : own};
+}
+
+/// The same although the command has reported success.
+PackageResult notAsReported(const PackageTarget &package, const PackageState &state,
+                            const StateFinding &finding) {
+    const bool isChanged = state.versions != state.versionsBefore;
     return {package,
             isChanged ? PackageEnd::DoneWithWarnings : PackageEnd::Failed,
             Deed::Upgraded,
@@ -27,15 +33,6 @@ PackageResult notThere(const PackageTarget &package, const PackageResult &run, c
 }
 
 } // namespace
-
-QStringList failureAbout(const PackageTarget &package, const QStringList &lines) {
-    const QRegularExpression word(QStringLiteral("(?<![\\w@.+-])%1(?![\\w@+-])")
-                                      .arg(QRegularExpression::escape(shortName(package.name))));
-    QStringList own;
-    std::ranges::copy_if(lines, std::back_inserter(own),
-                         [&word](const QString &line) { return namesFailure(line) && line.contains(word); });
-    return own;
-}
 
 Task<QStringList> servicesToRestart(LockedWork work, QStringList upgraded, InventoryQueries *queries) {
     if (upgraded.isEmpty())
@@ -60,6 +57,7 @@ QStringList tellApart(const QList<PackageTarget> &packages, const InstalledPacka
     const QList<PackageResult> later = report->packages.sliced(1);
     const PackageResult run = report->packages.first();
     QList<PackageResult> results;
+    const QHash<QString, QStringList> output = outputByPackage(packages, run.lines);
     bool isExplained = run.isDone() || run.end == PackageEnd::Stopped;
     for (const PackageTarget &package : packages) {
         if (package.isPinned)
@@ -71,11 +69,11 @@ QStringList tellApart(const QList<PackageTarget> &packages, const InstalledPacka
             results.append(*own);
         else if (finding.text.isEmpty())
             results.append({package, PackageEnd::Done, Deed::Upgraded});
+        else if (run.isDone())
+            complaints.append(results.emplace_back(notAsReported(package, state, finding)).lines);
         else
-            results.append(notThere(package, run, finding, state.versions != state.versionsBefore));
-        isExplained = isExplained || own != later.end() || results.last().end == run.end;
-        if (run.isDone() && own == later.end() && !finding.text.isEmpty())
-            complaints.append(results.last().lines.first());
+            results.append(notThere(package, run, output.value(shortName(package.name))));
+        isExplained = isExplained || own != later.end() || !results.last().isDone();
     }
     if (!isExplained || results.isEmpty())
         results.append(run); // what went wrong concerns none of them

@@ -12,9 +12,6 @@ class InventoryQueries;
 /// The running services among these formulae, which were upgraded; says them.
 Task<QStringList> servicesToRestart(LockedWork work, QStringList upgraded, InventoryQueries *queries);
 
-/// The lines of a failure that speak of the package.
-QStringList failureAbout(const PackageTarget &package, const QStringList &lines);
-
 /// One command was run for all of these packages: puts in place of its result, the first of the report, what
 /// became of each of them, where no later result tells it: as far as the versions that are installed tell.
 /// Returns what is not as it was reported, in words.

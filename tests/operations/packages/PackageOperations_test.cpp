@@ -72,13 +72,19 @@ class PackageOperationsTest : public QObject {
                                             {"e", false, "1", "2"},
                                             {"f", false, "1", "2", true}, // pinned
                                             {"g", false, "1", "2"}};
-        world.shell.answerOnce("upgrade", "==> Upgrading\nError: e: no room\nError: other\n", 1,
+        world.shell.answerOnce("upgrade", "==> Upgrading e\n==> Upgrading g\nother\nError: e: no room\n", 1,
                                [&] { world.addFormula("d", "2"); });
         const auto failed = world.perform("upgrade all", outdated);
         QCOMPARE(failed.tally(), "1 done, 2 failed");
-        QCOMPARE(failed.packages[1].lines, QStringList{"Error: e: no room"});
-        QCOMPARE(summarizeFailure(failed, {}).text,
-                 "e: Error: e: no room\ng: Error: e: no room\nError: other");
+        QCOMPARE(failed.packages[1].lines, QStringList({"==> Upgrading e", "Error: e: no room"}));
+        QCOMPARE(summarizeFailure(failed, {}).text, "e: Error: e: no room\ng: ==> Upgrading g\nother");
+        // Nobody gives the password that e wants; that is not why g failed.
+        connect(&world.sudoAuth, &SudoAuth::changed, this, [&] { world.sudoAuth.cancel(); });
+        world.shell.answerOnce(
+            "upgrade", "==> Upgrading e\nsudo: a password is required\n==> Upgrading g\nError: g: no\n", 1);
+        const auto cancelled = world.perform("upgrade all", outdated);
+        QCOMPARE(cancelled.tally(), "1 done, 1 failed, 1 cancelled");
+        QCOMPARE(cancelled.packages[2].lines.last(), "Error: g: no");
         // Homebrew knows nothing to do, and yet they are outdated.
         world.shell.answerOnce("upgrade", {}, 0, [&] { world.addFormula("g", "1.5"); });
         const auto idle = world.perform("upgrade all", outdated);
