@@ -37,10 +37,14 @@ std::optional<KegEntry> entryOfCopy(const KegPlaces &places, const KegPlaces::Co
 }
 
 std::expected<void, QString> checkCopy(const KegPlaces &places, const KegPlaces::Copy &copy) {
-    const auto wanted = readManifest(places.manifest(copy.formula, copy.version));
+    return checkFiles(places.copy(copy.formula, copy.version), places.manifest(copy.formula, copy.version));
+}
+
+std::expected<void, QString> checkFiles(const QString &folder, const QString &manifest) {
+    const auto wanted = readManifest(manifest);
     if (!wanted)
         return std::unexpected(QStringLiteral("the list of its files cannot be read: ") + wanted.error());
-    const auto there = TreeScan::of(places.copy(copy.formula, copy.version), TreeScan::Depth::Contents);
+    const auto there = TreeScan::of(folder, TreeScan::Depth::Contents);
     if (!there)
         return std::unexpected(there.error());
     if (!there->matches(*wanted))

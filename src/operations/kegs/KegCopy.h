@@ -13,6 +13,9 @@ std::optional<KegEntry> entryOfCopy(const KegPlaces &places, const KegPlaces::Co
 /// Whether the copy still holds what was preserved, to the byte. The error says why not, in one line of text.
 std::expected<void, QString> checkCopy(const KegPlaces &places, const KegPlaces::Copy &copy);
 
+/// The same for a folder and the list that is to be of its files.
+std::expected<void, QString> checkFiles(const QString &folder, const QString &manifest);
+
 /// What the copy takes on the disk, measured; 0 for one that a link leads to or that cannot be read.
 qint64 bytesOfCopy(const KegPlaces &places, const KegPlaces::Copy &copy);
 

@@ -91,14 +91,17 @@ std::expected<void, QString> KegStore::place(const QString &partial, const KegEn
         return std::unexpected(QStringLiteral("an older copy in %1 cannot be moved aside").arg(copy));
     const FileCalls calls;
     const QByteArray manifest = QFile::encodeName(KegPlaces::manifestOfPartial(partial));
-    const bool isPlaced =
+    const bool isListed =
         moveTree(folder(), partial, copy) &&
-        calls.rename(manifest, QFile::encodeName(m_places.manifest(entry.formula, entry.version))) == 0 &&
-        calls.syncFolder(QFile::encodeName(QFileInfo(copy).path())) == 0 &&
-        calls.syncFolder(QFile::encodeName(folder())) == 0;
-    if (!isPlaced) {
-        (void)moveTree(folder(), copy, m_places.discarded());
-        (void)moveTree(folder(), earlier, copy);
+        calls.rename(manifest, QFile::encodeName(m_places.manifest(entry.formula, entry.version))) == 0;
+    if (!isListed || calls.syncFolder(QFile::encodeName(QFileInfo(copy).path())) != 0 ||
+        calls.syncFolder(QFile::encodeName(folder())) != 0) {
+        if (!isListed) {
+            (void)moveTree(folder(), copy, m_places.discarded());
+            (void)moveTree(folder(), earlier, copy);
+        } else if (!QFileInfo::exists(earlier)) { // else the next sweep sees which of the two is on the disk
+            (void)moveOut(entry.formula, entry.version, m_places.discarded());
+        }
         return std::unexpected(QStringLiteral("%1 cannot be written").arg(folder()));
     }
     m_entries.removeIf([&entry](const KegEntry &other) {
@@ -225,13 +228,17 @@ void KegStore::rebuild() {
                 m_entries.append(*found);
 }
 
-/// An earlier copy that stands aside comes back if the new one never took its place.
-void KegStore::settleReplacements() const {
-    for (const auto &[formula, version] : m_places.earlierCopies()) {
-        const QString earlier = m_places.earlier(formula, version);
-        if (!moveTree(folder(), earlier, copyPath(formula, version)))
-            (void)moveTree(folder(), earlier, m_places.discarded());
-    }
+/// An earlier copy that stands aside comes back if the new one never took its place, or took it without its
+/// list of files: of the two the one stays that the list is about.
+void KegStore::settleReplacement(const KegPlaces::Copy &replaced) const {
+    const QString copy = copyPath(replaced.formula, replaced.version);
+    const QString earlier = m_places.earlier(replaced.formula, replaced.version);
+    const bool isEarlierMeant = QFileInfo::exists(copy) && !checkCopy(m_places, replaced) &&
+                                checkFiles(earlier, m_places.manifest(replaced.formula, replaced.version));
+    if (isEarlierMeant)
+        (void)moveTree(folder(), copy, m_places.discarded());
+    if (!moveTree(folder(), earlier, copy))
+        (void)moveTree(folder(), earlier, m_places.discarded());
 }
 
 bool KegStore::needsSweep() const {
@@ -251,7 +258,8 @@ std::expected<void, QString> KegStore::sweep() {
     const auto lock = beginChange();
     if (!lock)
         return std::unexpected(lock.error());
-    settleReplacements();
+    for (const KegPlaces::Copy &replaced : m_places.earlierCopies())
+        settleReplacement(replaced);
     const QList<KegEntry> before = m_entries;
     rebuild();
     // An entry whose copy is gone promises what nobody can keep.

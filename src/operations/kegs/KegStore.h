@@ -66,7 +66,7 @@ class KegStore {
                                          const QString &to) const;
     QHash<QString, qint64> measuredSizes() const;
     const KegEntry *oldest(const std::optional<QUuid> &kept) const;
-    void settleReplacements() const;
+    void settleReplacement(const KegPlaces::Copy &replaced) const;
     void rebuild();
 
     KegPlaces m_places;

@@ -2,6 +2,7 @@
 #include "tests/support/OperationWorld.h"
 
 #include <QDir>
+#include <QProcess>
 #include <QTest>
 
 #include <sys/stat.h>
@@ -35,6 +36,23 @@ class KegStoreTest : public QObject {
                                              .entries()) // as the next start reads it
                 all.append(entry.formula + ' ' + entry.version);
             return all;
+        }
+    };
+
+    /// The same version is preserved a second time, with other files, and that ends in the middle.
+    struct Replacement : World {
+        const QString place = folder + "/a/1";
+        const QString list = folder + "/a/.1.files";
+        const QString kept = path("kept");
+
+        Replacement() {
+            if (!add("a", "1", 10) || !QFile::copy(list, kept) ||
+                QProcess::execute("cp", {"-a", place, path("earlier")}) != 0 || !add("a", "1", 10, {}, 1))
+                qFatal("the test cannot preserve");
+        }
+        void standAside() const {
+            if (!QDir().rename(path("earlier"), folder + "/a/.1.earlier"))
+                qFatal("the test cannot move");
         }
     };
 
@@ -174,6 +192,45 @@ class KegStoreTest : public QObject {
         QVERIFY(next.needsSweep() && next.sweep());
         QVERIFY(next.isIntact("a", "1") && !next.needsSweep());
         QCOMPARE(world.names(), QStringList{"a 1"});
+    }
+
+    void whatItsListIsAboutStays_data() {
+        QTest::addColumn<bool>("isListed");
+        QTest::newRow("died before the list was exchanged") << false;
+        QTest::newRow("died after that") << true;
+    }
+    void whatItsListIsAboutStays() {
+        QFETCH(bool, isListed);
+        Replacement world;
+        world.standAside();
+        if (!isListed)
+            QVERIFY(QFile::remove(world.list) && QFile::copy(world.kept, world.list));
+        KegStore next(world.folder, world.sync);
+        QVERIFY(next.needsSweep() && next.sweep());
+        QVERIFY(next.isIntact("a", "1") && !next.needsSweep());
+        QCOMPARE(QFileInfo(world.place + "/file").size() > 100, isListed);
+        QCOMPARE(world.names(), QStringList{"a 1"});
+    }
+
+    void aReplacementThatFailsLeavesAWholeCopy_data() {
+        QTest::addColumn<bool>("isFirst");
+        QTest::newRow("of an earlier copy") << false;
+        QTest::newRow("of none") << true;
+    }
+    void aReplacementThatFailsLeavesAWholeCopy() {
+        QFETCH(bool, isFirst);
+        World world;
+        QVERIFY(isFirst || world.add("a", "1", 10));
+        const QString list = world.folder + "/a/.1.files"; // something is in its place that stays there
+        if (isFirst)
+            QVERIFY(QDir().mkpath(list + "/in the way"));
+        else
+            QVERIFY(QFile::rename(list, world.path("list")) && QDir().mkpath(list + "/in the way"));
+        QVERIFY(!world.add("a", "1", 10, {}, 1));
+        QVERIFY(QDir(list).removeRecursively());
+        QCOMPARE(QFile::exists(world.folder + "/a/1"), !isFirst);
+        QVERIFY(isFirst || QFile::rename(world.path("list"), list));
+        QCOMPARE(world.store.isIntact("a", "1"), !isFirst);
     }
 
     void aCopyIsOnTheDiskBeforeItsEntry() {
