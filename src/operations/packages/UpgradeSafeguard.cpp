@@ -91,7 +91,8 @@ Task<bool> UpgradeSafeguard::preserve(LockedWork work, Scope scope, const Instal
                                  "back: %3")
                       .arg(formula, version, kept.error()));
     }
-    co_await m_parts.kegs.enforceCap(snapshot);
+    if (snapshot) // else nothing tells which copies are this upgrade's own
+        co_await m_parts.kegs.enforceCap(snapshot);
     co_return isComplete;
 }
 

@@ -92,8 +92,16 @@ class UpgradeSafeguardTest : public QObject {
         QCOMPARE(world.preserved().size(), what == "snapshot" ? 2 : 0);
     }
 
+    void theCapSparesWhatThisUpgradeReplaces_data() {
+        QTest::addColumn<bool>("hasRestorePoint");
+        QTest::newRow("with a restore point") << true;
+        QTest::newRow("without one") << false;
+    }
     void theCapSparesWhatThisUpgradeReplaces() {
+        QFETCH(bool, hasRestorePoint);
         World world;
+        if (!hasRestorePoint)
+            Fixture::write(world.path("snapshots"), {});
         world.preferences.set(keys::kegPreservationCapBytes, 1);
         Fixture::write(world.prefix() + "/Cellar/x/1/file", QByteArray(10'000, 'x'));
         Fixture::write(world.prefix() + "/Cellar/lib/1/file", QByteArray(10'000, 'x'));
