@@ -2,6 +2,7 @@
 
 #include "core/brew/PackageName.h"
 #include "core/files/FolderNames.h"
+#include "operations/installed/KegPrograms.h"
 
 #include <QCollator>
 #include <QFile>
@@ -130,6 +131,9 @@ InstalledPackages InstalledPackages::read(const QString &prefix) {
                    [&found](const QString &name, const QString &, const QString &version) {
                        found.m_linked.insert(name, version);
                    });
+    for (auto linked = found.m_linked.cbegin(); linked != found.m_linked.cend(); ++linked)
+        if (lacksPrograms(prefix, linked.key(), linked.value()))
+            found.m_halfLinked.insert(linked.key());
     found.m_pinnedFormulae = allIn(records / "pinned");
     found.m_pinnedCasks = allIn(records / "pinned_casks");
     return found;

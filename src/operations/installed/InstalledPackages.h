@@ -2,6 +2,7 @@
 
 #include <QHash>
 #include <QMap>
+#include <QSet>
 #include <QString>
 #include <QStringList>
 
@@ -29,6 +30,8 @@ class InstalledPackages {
     /// record.
     bool isLinked(const QString &name) const { return m_linked.contains(name); }
     QStringList linkedFormulae() const { return m_linked.keys(); }
+    /// Whether a formula is linked by the record while one of its programs lacks its link.
+    bool isHalfLinked(const QString &name) const { return m_halfLinked.contains(name); }
     bool hasOptLink(const QString &name) const { return m_opt.contains(name); }
     /// Every formula with the version in use: the one that is linked, else the newest. Sorted by name.
     QMap<QString, QString> currentFormulae() const;
@@ -45,6 +48,7 @@ class InstalledPackages {
     QHash<QString, QString> m_aliases; ///< name of a link in opt to the short name it leads to
     QHash<QString, QString> m_opt;     ///< version that a formula's own link in opt leads to
     QHash<QString, QString> m_linked;  ///< version that a formula's link record leads to
+    QSet<QString> m_halfLinked;
     QHash<QString, QStringList> m_casks;
     QStringList m_pinnedFormulae;
     QStringList m_pinnedCasks;

@@ -174,6 +174,13 @@ Task<std::expected<void, QString>> KegRollback::install(Work work) {
     co_return std::expected<void, QString>(installed);
 }
 
+/// Homebrew links nothing as long as its record says that all is linked.
+Task<Result<BrewRun>> KegRollback::linkAnew(Work work) {
+    if (co_await runInWorker([note = work.note] { return isHalfLinked(note); }))
+        co_await brew(work.order, {"unlink", work.order.formula});
+    co_return co_await brew(work.order, {"link", "--overwrite", work.order.formula});
+}
+
 /// Judged by looking, not by what Homebrew says: it says success where it has linked nothing.
 Task<bool> KegRollback::link(Work work) {
     const RollbackNote note = work.note;
@@ -181,7 +188,7 @@ Task<bool> KegRollback::link(Work work) {
         co_return true;
     bool hasFailed = false;
     if (note.wasLinked) {
-        const auto linked = co_await brew(work.order, {"link", "--overwrite", work.order.formula});
+        const auto linked = co_await linkAnew(work);
         hasFailed = !linked || !linked->succeeded() || std::ranges::any_of(linked->lines, namesFailure);
     }
     if (hasFailed)
@@ -237,7 +244,7 @@ Task<> KegRollback::putBackInUse(Work work) {
     const RollbackNote note = work.note;
     const auto look = [note] { return hasItsLinks(note); };
     if (note.wasLinked && !co_await runInWorker(look))
-        co_await brew(work.order, {"link", "--overwrite", work.order.formula});
+        co_await linkAnew(work);
     const bool hasLinks = co_await runInWorker([note, look] {
         if (!look())
             makeOptLink(note, note.previousVersion);

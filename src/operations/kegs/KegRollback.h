@@ -57,6 +57,7 @@ class KegRollback {
     Task<bool> stage(Work work);
     Task<End> exchange(Work work);
     Task<std::expected<void, QString>> install(Work work);
+    Task<Result<BrewRun>> linkAnew(Work work);
     Task<bool> link(Work work);
     Task<> putBack(Work work);
     Task<> putBackInUse(Work work);

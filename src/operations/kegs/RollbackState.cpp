@@ -32,18 +32,31 @@ void makeOptLink(const RollbackNote &note, const QString &version) {
     QFile::link(target, link);
 }
 
+namespace {
+
+bool hasLinksIfItHad(const RollbackNote &note, const InstalledPackages &installed) {
+    return installed.hasOptLink(note.formula) &&
+           (!note.wasLinked || (installed.isLinked(note.formula) && !installed.isHalfLinked(note.formula)));
+}
+
+} // namespace
+
 bool isInUse(const RollbackNote &note) {
     const auto installed = InstalledPackages::at(note.prefix);
     return installed && installed->currentVersion(note.formula) == note.version &&
-           installed->hasOptLink(note.formula) && (!note.wasLinked || installed->isLinked(note.formula));
+           hasLinksIfItHad(note, *installed);
 }
 
 bool hasItsLinks(const RollbackNote &note) {
     const auto installed = InstalledPackages::at(note.prefix);
     const bool isRolledBack = note.version != note.previousVersion && installed &&
                               installed->currentVersion(note.formula) == note.version;
-    return installed && !isRolledBack && installed->hasOptLink(note.formula) &&
-           (!note.wasLinked || installed->isLinked(note.formula));
+    return installed && !isRolledBack && hasLinksIfItHad(note, *installed);
+}
+
+bool isHalfLinked(const RollbackNote &note) {
+    const auto installed = InstalledPackages::at(note.prefix);
+    return installed && installed->isHalfLinked(note.formula);
 }
 
 bool hasItsPin(const RollbackNote &note) {

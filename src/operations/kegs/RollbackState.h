@@ -20,6 +20,8 @@ void makeOptLink(const RollbackNote &note, const QString &version);
 bool isInUse(const RollbackNote &note);
 /// Whether it has its links as before the rollback, to a version from before or one installed since.
 bool hasItsLinks(const RollbackNote &note);
+/// Whether some of its links are gone although Homebrew's record says that it is linked.
+bool isHalfLinked(const RollbackNote &note);
 /// Whether it is pinned if it was.
 bool hasItsPin(const RollbackNote &note);
 

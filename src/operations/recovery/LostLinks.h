@@ -10,18 +10,23 @@ namespace larkspur {
 /// linked lets a later operation link them again if the program dies as well.
 class LostLinks {
   public:
+    struct Names {
+        QStringList linked;
+        QStringList whole; ///< those of them none of whose programs lacked its link
+    };
+
     /// What is linked before an operation; `noteFolder`: where the note of it is kept.
     LostLinks(const InstalledPackages &before, const QString &prefix, const QString &noteFolder);
 
     /// Why there is no note, in one line; only the end of the operation repairs then. Empty if all is well.
     const QString &complaint() const { return m_complaint; }
 
-    /// Links again what is installed and was linked before. False if that failed for one: the output says so,
-    /// and the next operation tries again.
+    /// Links again what is installed and was linked before, where some of the links are gone too. False if
+    /// that failed for one: the output says so, and the next operation tries again.
     Task<bool> relink(LockedWork work) const;
 
   private:
-    QStringList m_names;
+    Names m_names;
     QString m_complaint;
     std::optional<CrashNote> m_note;
 };

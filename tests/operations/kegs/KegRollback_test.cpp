@@ -521,6 +521,33 @@ class KegRollbackTest : public QObject {
         QVERIFY(world.sink->lines().last().contains(note.aside()));
     }
 
+    void whatWasCutOffWhileUnlinkingIsLinkedAnew_data() {
+        QTest::addColumn<bool>("comesBack");
+        QTest::newRow("linked again") << true;
+        QTest::newRow("not linked again") << false;
+    }
+    void whatWasCutOffWhileUnlinkingIsLinkedAnew() {
+        QFETCH(bool, comesBack);
+        World world;
+        const QString program = world.prefix() + "/Cellar/x/2/bin/x";
+        QVERIFY(QDir().mkpath(QFileInfo(program).path()) && QDir().mkpath(world.prefix() + "/bin"));
+        Fixture::write(program, "x");
+        QVERIFY(world.write(world.note().toJson())); // the record stands, and the link is gone
+        world.shell.answerOnce("unlink x", {}, 0,
+                               [&] { QFile::remove(world.prefix() + "/var/homebrew/linked/x"); });
+        world.shell.answerOnce(world.link, {}, 0, [&] {
+            world.use("2");
+            if (comesBack)
+                QFile::link("../Cellar/x/2/bin/x", world.prefix() + "/bin/x");
+        });
+        await(world.recovery.run({}, world.sink));
+        const QString said = world.sink->transcript.text();
+        QCOMPARE(said.contains("Put x 2 back as it was before"), comesBack);
+        QCOMPARE(said.contains("could not be linked again"), !comesBack);
+        QCOMPARE(world.notes().isEmpty(), comesBack);
+        QCOMPARE(QFile::exists(world.prefix() + "/bin/x"), comesBack);
+    }
+
     void theLastCopyIsKeptWhateverTheNoteSays() {
         World world;
         const RollbackNote note = world.note(RollbackNote::Phase::Preparing);

@@ -95,6 +95,44 @@ class RecoveryTest : public QObject {
         QVERIFY(world.changes().count("link --overwrite kelp") == 2 && world.notes().isEmpty());
     }
 
+    void aProgramWithoutItsLinkIsLinkedAnew_data() {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("after");
+        QTest::addColumn<bool>("isLinkedAnew");
+        const QString own = "../Cellar/kelp/1/bin/kelp";
+        QTest::newRow("cut off while unlinking") << own << QString() << true;
+        QTest::newRow("still to another version") << own << "../Cellar/kelp/0/bin/kelp" << true;
+        QTest::newRow("nothing has happened") << own << own << false;
+        QTest::newRow("taken over by another formula") << own << "../Cellar/heron/1/bin/kelp" << false;
+        QTest::newRow("removed by the person") << QString() << QString() << false;
+    }
+    void aProgramWithoutItsLinkIsLinkedAnew() {
+        QFETCH(QString, before);
+        QFETCH(QString, after);
+        QFETCH(bool, isLinkedAnew);
+        World world;
+        world.shell.answer("pin kelp", {});
+        for (const char *keg : {"kelp/1", "kelp/0", "heron/1"}) {
+            QDir().mkpath(world.prefix() + "/Cellar/" + keg + "/bin");
+            Fixture::write(world.prefix() + "/Cellar/" + keg + "/bin/kelp", "program");
+        }
+        const QString record = world.prefix() + "/var/homebrew/linked/kelp";
+        QDir().mkpath(QFileInfo(record).path());
+        QVERIFY(QFile::link(world.prefix() + "/Cellar/kelp/1", record));
+        const auto link = [path = world.prefix() + "/bin/kelp"](const QString &target) {
+            QFile::remove(path);
+            if (!target.isEmpty())
+                QFile::link(target, path);
+        };
+        link(before);
+        world.shell.answerOnce("install dovetail", {}, 1, [&] { link(after); });
+        world.shell.answer("unlink kelp", {});
+        world.shell.answer("link --overwrite kelp", {});
+        QVERIFY(world.perform(OperationKind::Install, {{"dovetail", false}}));
+        QCOMPARE(world.changes().filter("link").join(", "),
+                 isLinkedAnew ? "unlink kelp, link --overwrite kelp" : QString());
+    }
+
     void onlyWhatCouldNotBeLinkedIsTriedAgain() {
         World world;
         QVERIFY(QDir(world.path("notes")).removeRecursively());
