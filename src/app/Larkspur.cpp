@@ -96,6 +96,7 @@ std::vector<std::unique_ptr<Leftover>> Larkspur::leftovers() {
     all.push_back(std::make_unique<LostApplicationsLeftover>(m_casks));
     all.push_back(std::make_unique<KegStoreLeftover>(m_kegs));
     all.push_back(std::make_unique<KegRollback::Leftover>(m_rollback));
+    all.push_back(std::make_unique<ReinstallLeftover>(places.crashNotes()));
     all.push_back(std::make_unique<LostLinksLeftover>(places.crashNotes()));
     all.push_back(std::make_unique<HeldPinLeftover>(places.crashNotes()));
     all.push_back(std::make_unique<UnfinishedFilesLeftover>(

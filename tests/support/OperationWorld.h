@@ -156,6 +156,7 @@ struct OperationWorld : BrewWorld {
         all.push_back(std::make_unique<LostApplicationsLeftover>(casks));
         all.push_back(std::make_unique<KegStoreLeftover>(kegs));
         all.push_back(std::make_unique<KegRollback::Leftover>(rollback));
+        all.push_back(std::make_unique<ReinstallLeftover>(path("notes")));
         all.push_back(std::make_unique<LostLinksLeftover>(path("notes")));
         all.push_back(std::make_unique<HeldPinLeftover>(path("notes")));
         return all;

@@ -102,6 +102,8 @@ QString newest(const QStringList &versions) {
 
 } // namespace
 
+const QString InstalledPackages::backupSuffix = QStringLiteral(".reinstall");
+
 std::expected<InstalledPackages, QString> InstalledPackages::at(const QString &prefix) {
     if (prefix.isEmpty())
         return std::unexpected(QStringLiteral("it is not known where Homebrew lies"));
@@ -119,6 +121,7 @@ InstalledPackages InstalledPackages::read(const QString &prefix) {
     const fs::path records = root / "var" / "homebrew";
     InstalledPackages found;
     found.m_formulae = versionFolders(root / "Cellar");
+    found.takeOutBackups();
     found.m_casks = versionFolders(root / "Caskroom");
     forEachKegLink(root / "opt",
                    [&found](const QString &name, const QString &formula, const QString &version) {
@@ -137,6 +140,16 @@ InstalledPackages InstalledPackages::read(const QString &prefix) {
     found.m_pinnedFormulae = allIn(records / "pinned");
     found.m_pinnedCasks = allIn(records / "pinned_casks");
     return found;
+}
+
+/// A keg that waits for the end of its reinstallation is no version of its own.
+void InstalledPackages::takeOutBackups() {
+    for (auto formula = m_formulae.begin(); formula != m_formulae.end();) {
+        for (const QString &version : QStringList(*formula))
+            if (version.endsWith(backupSuffix) && formula->removeOne(version))
+                m_backups.insert(formula.key(), version.chopped(backupSuffix.size()));
+        formula = formula->isEmpty() ? m_formulae.erase(formula) : std::next(formula);
+    }
 }
 
 QStringList InstalledPackages::formulaVersions(const QString &name) const {
@@ -162,6 +175,9 @@ QMap<QString, QString> InstalledPackages::currentFormulae() const {
     QMap<QString, QString> versions;
     for (auto formula = m_formulae.cbegin(); formula != m_formulae.cend(); ++formula)
         versions.insert(formula.key(), currentVersion(formula.key()));
+    for (auto backup = m_backups.cbegin(); backup != m_backups.cend(); ++backup)
+        if (!versions.contains(backup.key()))
+            versions.insert(backup.key(), backup.value());
     return versions;
 }
 

@@ -32,8 +32,13 @@ class InstalledPackages {
     QStringList linkedFormulae() const { return m_linked.keys(); }
     /// Whether a formula is linked by the record while one of its programs lacks its link.
     bool isHalfLinked(const QString &name) const { return m_halfLinked.contains(name); }
+    /// The version that Homebrew has moved aside to reinstall a formula; empty if it has come to the end.
+    QString backupOf(const QString &formula) const { return m_backups.value(formula); }
+    QStringList formulaeWithBackup() const { return m_backups.keys(); }
+    static const QString backupSuffix; ///< of the name of such a keg's folder
     bool hasOptLink(const QString &name) const { return m_opt.contains(name); }
-    /// Every formula with the version in use: the one that is linked, else the newest. Sorted by name.
+    /// Every formula with the version in use: the one that is linked, else the newest, else the one that
+    /// waits for the end of a reinstallation. Sorted by name.
     QMap<QString, QString> currentFormulae() const;
     QMap<QString, QString> currentCasks() const;
     QString currentVersion(const QString &formula) const;
@@ -43,12 +48,14 @@ class InstalledPackages {
 
   private:
     static InstalledPackages read(const QString &prefix);
+    void takeOutBackups();
 
     QHash<QString, QStringList> m_formulae;
     QHash<QString, QString> m_aliases; ///< name of a link in opt to the short name it leads to
     QHash<QString, QString> m_opt;     ///< version that a formula's own link in opt leads to
     QHash<QString, QString> m_linked;  ///< version that a formula's link record leads to
     QSet<QString> m_halfLinked;
+    QHash<QString, QString> m_backups; ///< version that stands aside for a reinstallation
     QHash<QString, QStringList> m_casks;
     QStringList m_pinnedFormulae;
     QStringList m_pinnedCasks;

@@ -47,7 +47,8 @@ QStringList lostOf(const LostLinks::Names &names, const InstalledPackages &insta
     QStringList lost = names.linked;
     lost.removeIf([&](const QString &name) {
         const bool hasLost = installed.isHalfLinked(name) && whole.contains(name);
-        return (installed.isLinked(name) && !hasLost) || installed.formulaVersions(name).isEmpty();
+        const bool isGone = installed.formulaVersions(name).isEmpty() && installed.backupOf(name).isEmpty();
+        return (installed.isLinked(name) && !hasLost) || isGone;
     });
     return lost;
 }
@@ -75,8 +76,10 @@ Task<QStringList> linkAgain(LostLinks::Names names, LockedWork work) {
         const auto name = PackageName::parse(text);
         if (!name)
             continue;
-        work.say(QStringLiteral("Linking %1 again").arg(text));
-        if (co_await linkAnew(*name, installed->isLinked(text), work))
+        const bool isUnsettled = !installed->backupOf(text).isEmpty(); // its keg may be half of one
+        if (!isUnsettled)
+            work.say(QStringLiteral("Linking %1 again").arg(text));
+        if (!isUnsettled && co_await linkAnew(*name, installed->isLinked(text), work))
             continue;
         failed.append(text);
         work.warn(QStringLiteral("%1 was linked before and could not be linked again.").arg(text));
@@ -120,11 +123,22 @@ Task<bool> LostLinks::relink(LockedWork work) const {
     const Names names = m_names;
     const std::optional<CrashNote> note = m_note;
     work.context = work.context.repairing();
+    const bool areSettled =
+        co_await settleReinstalls(QSet<QString>(names.linked.begin(), names.linked.end()), work);
     const bool areLinked =
         note ? co_await settleLinks(names, *note, work) : (co_await linkAgain(names, work)).isEmpty();
     if (note && areLinked)
         note->remove();
-    co_return areLinked;
+    co_return areLinked &&areSettled;
+}
+
+LinkedBefore LostLinks::notedIn(const QString &noteFolder, const QString &prefix) {
+    LinkedBefore noted;
+    for (const CrashNote &note : CrashNote::standing(noteFolder, kind).readable)
+        if (const auto names = namesOf(note.contents(), prefix))
+            noted =
+                noted.value_or(QSet<QString>()) + QSet<QString>(names->linked.begin(), names->linked.end());
+    return noted;
 }
 
 LostLinksLeftover::LostLinksLeftover(const QString &noteFolder)

@@ -2,6 +2,7 @@
 
 #include "operations/installed/InstalledPackages.h"
 #include "operations/recovery/CrashNote.h"
+#include "operations/recovery/InterruptedReinstall.h"
 #include "operations/recovery/NoteLeftover.h"
 
 namespace larkspur {
@@ -21,9 +22,13 @@ class LostLinks {
     /// Why there is no note, in one line; only the end of the operation repairs then. Empty if all is well.
     const QString &complaint() const { return m_complaint; }
 
-    /// Links again what is installed and was linked before, where some of the links are gone too. False if
-    /// that failed for one: the output says so, and the next operation tries again.
+    /// Settles reinstallations that were cut off, and links again what is installed and was linked before,
+    /// where some of the links are gone too. False if that failed for one: the output says so,
+    /// and the next operation tries again.
     Task<bool> relink(LockedWork work) const;
+
+    /// What notes that stand say was linked; nothing if there is none.
+    static LinkedBefore notedIn(const QString &noteFolder, const QString &prefix);
 
   private:
     Names m_names;

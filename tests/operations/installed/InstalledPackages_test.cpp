@@ -48,6 +48,17 @@ class InstalledPackagesTest : public QObject {
         QVERIFY(InstalledPackages::at(world.prefix())->currentCasks().isEmpty());
     }
 
+    void aKegThatWaitsForItsReinstallationIsNoVersion() {
+        World world;
+        world.addFormula("a", "1.reinstall");
+        world.addFormula("b", "2.0_1.reinstall");
+        const auto all = InstalledPackages::at(world.prefix());
+        QCOMPARE(all->formulaVersions("a"), QStringList{"1"});
+        QVERIFY(all->formulaVersions("b").isEmpty());
+        QCOMPARE(all->currentFormulae(), (QMap<QString, QString>{{"a", "1"}, {"b", "2.0_1"}}));
+        QVERIFY(all->backupOf("a") == "1" && all->backupOf("b") == "2.0_1" && all->backupOf("c").isEmpty());
+    }
+
     void whatCannotBeReadIsNotEmpty_data() {
         QTest::addColumn<QString>("folder");
         for (const char *name : {"Cellar", "Caskroom", "opt", "var/homebrew/linked", "var/homebrew/pinned",
