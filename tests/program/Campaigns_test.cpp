@@ -117,6 +117,10 @@ class CampaignsTest : public QObject {
             return "hidden: " + hidden.join(' ');
         if (QFile::exists(m_program->path("homebrew/var/larkspur")))
             return "a rollback is half done";
+        if (const QStringList backups =
+                QDir(m_program->path("homebrew/Cellar/tern")).entryList({"*.reinstall"});
+            !backups.isEmpty())
+            return "a reinstallation is half done: " + backups.join(' ');
         for (const QString &name : m_applications)
             if (!QFile::exists(m_program->path("Applications/" + name + "/Contents/Info.plist")))
                 return name + " is gone";
@@ -177,7 +181,8 @@ class CampaignsTest : public QObject {
                              "rollback quillmark 3.5.0",
                              "snapshot restore --roll-back --remove-added " + point,
                              "snapshot take another",
-                             "uninstall foliograph --cask"};
+                             "uninstall foliograph --cask",
+                             "reinstall tern"};
         const QStringList all = linked();
         m_linked = QSet<QString>(all.begin(), all.end());
         m_linked.remove("dovetail"); // the restore removes it

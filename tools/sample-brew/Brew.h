@@ -61,6 +61,7 @@ int upgrade(Brew &brew, const Arguments &arguments);
 int reinstall(Brew &brew, const Arguments &arguments);
 int uninstall(Brew &brew, const Arguments &arguments);
 int link(Brew &brew, const Arguments &arguments);
+int unlink(Brew &brew, const Arguments &arguments);
 int pin(Brew &brew, const Arguments &arguments);
 int unpin(Brew &brew, const Arguments &arguments);
 

@@ -136,6 +136,17 @@ int unknown(const Brew &brew, const QString &name) {
     return 1;
 }
 
+int forEachFormula(Brew &brew, const Arguments &arguments, int (*change)(Brew &, const Formula &)) {
+    int status = 0;
+    for (const QString &name : arguments.names) {
+        const Formula *formula = brew.catalogue.formula(name);
+        if (!formula)
+            return unknown(brew, name);
+        status |= change(brew, *formula);
+    }
+    return status;
+}
+
 } // namespace
 
 int install(Brew &brew, const Arguments &arguments) {
@@ -236,14 +247,11 @@ int uninstall(Brew &brew, const Arguments &arguments) {
 }
 
 int link(Brew &brew, const Arguments &arguments) {
-    int status = 0;
-    for (const QString &name : arguments.names) {
-        const Formula *formula = brew.catalogue.formula(name);
-        if (!formula)
-            return unknown(brew, name);
-        status |= linkFormula(brew, *formula);
-    }
-    return status;
+    return forEachFormula(brew, arguments, linkFormula);
+}
+
+int unlink(Brew &brew, const Arguments &arguments) {
+    return forEachFormula(brew, arguments, unlinkFormula);
 }
 
 int pin(Brew &brew, const Arguments &arguments) {

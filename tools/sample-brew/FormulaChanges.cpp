@@ -132,7 +132,23 @@ int installFormula(Brew &brew, const Formula &formula, bool onRequest, const QSt
 
 int reinstallFormula(Brew &brew, const Formula &formula) {
     brew.screen.header(QStringLiteral("Reinstalling %1 ").arg(formula.fullName()));
+    brew.prefix.backUpKeg(formula);
     pour(brew, formula, true);
+    brew.prefix.purgeKegBackup(formula);
+    return 0;
+}
+
+int unlinkFormula(Brew &brew, const Formula &formula) {
+    const QString linked = brew.prefix.linkedVersion(formula);
+    const QString version = brew.prefix.versions(formula).value(0, linked);
+    if (version.isEmpty()) {
+        brew.screen.error(QStringLiteral("No such keg: %1/%2").arg(brew.prefix.cellar(), formula.name));
+        return 1;
+    }
+    brew.prefix.unlink(formula);
+    brew.screen.line(QStringLiteral("Unlinking %1... %2 symlinks removed.")
+                         .arg(brew.prefix.keg(formula, linked.isEmpty() ? version : linked))
+                         .arg(linked.isEmpty() ? 0 : 1));
     return 0;
 }
 

@@ -42,6 +42,8 @@ void replaceLink(const QString &link, const QString &target) {
 
 /// What Homebrew adds to the names of the old folders while it installs a new version.
 const QString upgrading = QStringLiteral(".upgrading");
+/// And to that of a keg while it installs the same formula again.
+const QString reinstalling = QStringLiteral(".reinstall");
 
 void copyFolder(const QString &from, const QString &to) {
     QDir().mkpath(to);
@@ -97,7 +99,9 @@ QString Prefix::keg(const Formula &formula, const QString &version) const {
 }
 
 QStringList Prefix::versions(const Formula &formula) const {
-    return sortedFolders(cellar() + QLatin1Char('/') + formula.name);
+    QStringList versions = sortedFolders(cellar() + QLatin1Char('/') + formula.name);
+    versions.removeIf([](const QString &name) { return name.endsWith(reinstalling); });
+    return versions;
 }
 
 QString Prefix::linkedVersion(const Formula &formula) const {
@@ -138,8 +142,10 @@ void Prefix::installKeg(const Formula &formula, const QString &version, bool onR
 }
 
 void Prefix::removeKeg(const Formula &formula, const QString &version) {
-    if (linkedVersion(formula) == version || versions(formula).size() <= 1)
+    if (linkedVersion(formula) == version || versions(formula).size() <= 1) {
         unlink(formula);
+        QFile::remove(m_path + QStringLiteral("/opt/") + formula.name);
+    }
     QDir(keg(formula, version)).removeRecursively();
     QDir().rmdir(cellar() + QLatin1Char('/') + formula.name);
 }
@@ -149,14 +155,29 @@ void Prefix::link(const Formula &formula, const QString &version) {
     replaceLink(m_path + QStringLiteral("/opt/") + formula.name, place);
     if (formula.kegOnly)
         return;
-    replaceLink(m_path + QStringLiteral("/var/homebrew/linked/") + formula.name, place);
     replaceLink(m_path + QStringLiteral("/bin/") + formula.name,
                 place + QStringLiteral("/bin/") + formula.name);
+    replaceLink(m_path + QStringLiteral("/var/homebrew/linked/") + formula.name, place);
 }
 
 void Prefix::unlink(const Formula &formula) {
-    for (const char *folder : {"/opt/", "/var/homebrew/linked/", "/bin/"})
+    for (const char *folder : {"/bin/", "/var/homebrew/linked/"})
         QFile::remove(m_path + QLatin1String(folder) + formula.name);
+}
+
+void Prefix::backUpKeg(const Formula &formula) {
+    const QString opt = QFileInfo(m_path + QStringLiteral("/opt/") + formula.name).canonicalFilePath();
+    if (opt.isEmpty())
+        return;
+    unlink(formula);
+    QDir(opt + reinstalling).removeRecursively();
+    QDir().rename(opt, opt + reinstalling);
+}
+
+void Prefix::purgeKegBackup(const Formula &formula) {
+    const QString rack = cellar() + QLatin1Char('/') + formula.name + QLatin1Char('/');
+    for (const QString &name : QDir(rack).entryList({QLatin1Char('*') + reinstalling}, QDir::Dirs))
+        QDir(rack + name).removeRecursively();
 }
 
 QString Prefix::installedVersion(const Cask &cask) const {

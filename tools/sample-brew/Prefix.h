@@ -29,7 +29,12 @@ class Prefix {
     void installKeg(const Formula &formula, const QString &version, bool onRequest, const QDateTime &when);
     void removeKeg(const Formula &formula, const QString &version);
     void link(const Formula &formula, const QString &version);
+    /// Takes the links of its programs away, its record last; the link in opt stays.
     void unlink(const Formula &formula);
+
+    /// The steps of a reinstallation: the keg in use stands aside without links until the new one is linked.
+    void backUpKeg(const Formula &formula);
+    void purgeKegBackup(const Formula &formula);
 
     QString installedVersion(const Cask &cask) const;
     QString appPath(const Cask &cask) const;

@@ -41,6 +41,7 @@ const QHash<QString, Command> &commands() {
                                                {QStringLiteral("reinstall"), sample::reinstall},
                                                {QStringLiteral("uninstall"), sample::uninstall},
                                                {QStringLiteral("link"), sample::link},
+                                               {QStringLiteral("unlink"), sample::unlink},
                                                {QStringLiteral("pin"), sample::pin},
                                                {QStringLiteral("unpin"), sample::unpin}};
     return table;
