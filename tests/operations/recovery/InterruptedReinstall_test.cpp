@@ -167,7 +167,7 @@ class InterruptedReinstallTest : public QObject {
             world.keg("1", {"file"});
         });
         world.shell.answerOnce("link --overwrite x", {}, 0, [&] { world.record("1"); });
-        const auto report = world.perform(OperationKind::Reinstall, {{"x", false}});
+        const auto report = world.perform("reinstall", {{"x", false}});
         QCOMPARE(report->count(PackageEnd::Failed), 1);
         QCOMPARE(world.installed(), "1");
         QCOMPARE(world.file("1"), "of 1.reinstall");
