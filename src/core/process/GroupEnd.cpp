@@ -48,18 +48,21 @@ void GroupEnd::look() {
 }
 
 bool GroupEnd::hasGroupEnded() {
-    if (!m_group.isAlive())
+    const auto presence = m_group.presence();
+    if (presence == ProcessGroup::Presence::None)
         return true;
     if (!m_graceEnds.hasExpired())
         return false;
     m_group.kill(); // each time: there may be new ones
     if (!isKillOverdue())
         return false;
-    const auto survivors = m_table.membersOf(m_group.id());
-    if (!survivors || survivors->isEmpty())
-        return true; // they have ended, and nobody takes note of it
+    const auto members = m_table.membersOf(m_group.id()).value_or(GroupMembers());
+    // They have ended, and nobody takes note of it. That other users' are not listed proves nothing: the
+    // list may leave them out.
+    if (members.running.isEmpty() && (presence == ProcessGroup::Presence::Own || members.hasEnded))
+        return true;
     if (!m_hasTold)
-        tell(*survivors);
+        tell(members.running);
     return false;
 }
 
@@ -94,7 +97,7 @@ void GroupEnd::tell(const QList<qint64> &survivors) {
     for (const qint64 process : survivors)
         names.append(QString::number(process));
     const QString ids = names.isEmpty() ? QString() : QStringLiteral(" (PID %1)").arg(names.join(u", "));
-    // One that nobody may look at is another user's as well.
+    // Who is left and not listed is another user's as well: only those may be hidden.
     const bool isForeigners = names.isEmpty() || std::ranges::any_of(survivors, isForeign);
     const QString text = isForeigners
                              ? QStringLiteral("==> Warning: A process that this operation has started as "

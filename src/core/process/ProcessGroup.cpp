@@ -15,9 +15,12 @@ void ProcessGroup::kill() const {
         ::killpg(static_cast<pid_t>(m_leader), SIGKILL);
 }
 
-bool ProcessGroup::isAlive() const {
-    // Not permitted to signal them: they are there all the same.
-    return m_leader > 0 && (::killpg(static_cast<pid_t>(m_leader), 0) == 0 || errno == EPERM);
+ProcessGroup::Presence ProcessGroup::presence() const {
+    if (m_leader <= 0)
+        return Presence::None;
+    if (::killpg(static_cast<pid_t>(m_leader), 0) == 0)
+        return Presence::Own;
+    return errno == EPERM ? Presence::Foreign : Presence::None;
 }
 
 } // namespace larkspur

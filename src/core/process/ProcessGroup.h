@@ -13,8 +13,14 @@ class ProcessGroup {
     qint64 id() const { return m_leader; }
     void terminate() const; ///< SIGTERM to all of them
     void kill() const;      ///< SIGKILL to all of them
-    /// At least one of them is left, if only as a process of another user, or one that has ended unnoticed.
-    bool isAlive() const;
+
+    enum class Presence {
+        None,
+        Own,     ///< at least one that may be signalled is left, if only as one that has ended unnoticed
+        Foreign, ///< some are left, and none may be signalled: they are other users'. Some systems say so too
+                 ///< where all have ended unnoticed.
+    };
+    Presence presence() const;
 
   private:
     qint64 m_leader;

@@ -7,14 +7,20 @@
 
 namespace larkspur {
 
+/// Who belongs to a process group, as far as the system tells: it may hide processes of other users.
+struct GroupMembers {
+    QList<qint64> running = {};
+    /// One at least has ended, and nobody has asked about it since.
+    bool hasEnded = false;
+};
+
 /// Port: the system's list of processes.
 class ProcessTable {
   public:
     virtual ~ProcessTable() = default;
 
-    /// Who of a process group is still running, whoever's process it is. One that has ended and that nobody
-    /// has asked about since does not count. Nothing where the system does not tell.
-    virtual std::optional<QList<qint64>> membersOf(qint64 group) const = 0;
+    /// Nothing where there is no such list.
+    virtual std::optional<GroupMembers> membersOf(qint64 group) const = 0;
 
     /// Who else has open what this process has open under `descriptor`: the same file, or an end of the same
     /// pipe. Processes of other users are left out where the system does not tell about them.
@@ -27,7 +33,7 @@ class ProcessTable {
 /// Where there is no such list.
 class NullProcessTable final : public ProcessTable {
   public:
-    std::optional<QList<qint64>> membersOf(qint64) const override { return std::nullopt; }
+    std::optional<GroupMembers> membersOf(qint64) const override { return std::nullopt; }
     QList<qint64> holdersOf(int) const override { return {}; }
     QString nameOf(qint64) const override { return {}; }
 };

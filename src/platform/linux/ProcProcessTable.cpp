@@ -10,10 +10,17 @@ namespace larkspur {
 
 namespace {
 
+struct ProcessState {
+    qint64 group = 0;
+    bool hasEnded = false;
+};
+
 /// "12 (name) S 1 7 …": the third word is the state, the fifth the group. The name may hold anything.
-bool runsIn(qint64 group, const QByteArray &status) {
+ProcessState stateFrom(const QByteArray &status) {
     const QList<QByteArray> words = status.mid(status.lastIndexOf(')') + 1).simplified().split(' ');
-    return words.size() > 2 && words[2].toLongLong() == group && words[0] != "Z" && words[0] != "X";
+    if (words.size() < 3)
+        return {};
+    return {.group = words[2].toLongLong(), .hasEnded = words[0] == "Z" || words[0] == "X"};
 }
 
 QStringList processIds() {
@@ -39,14 +46,19 @@ bool hasOpen(const QString &process, const struct stat &file) {
 
 } // namespace
 
-std::optional<QList<qint64>> ProcProcessTable::membersOf(qint64 group) const {
+std::optional<GroupMembers> ProcProcessTable::membersOf(qint64 group) const {
     if (!QFile::exists(QStringLiteral("/proc/self/stat")))
         return std::nullopt;
-    QList<qint64> members;
+    GroupMembers members;
     for (const QString &name : processIds()) {
         QFile status(QStringLiteral("/proc/%1/stat").arg(name));
-        if (status.open(QIODevice::ReadOnly) && runsIn(group, status.readAll())) // may have ended meanwhile
-            members.append(name.toLongLong());
+        if (!status.open(QIODevice::ReadOnly)) // may be gone meanwhile
+            continue;
+        const ProcessState state = stateFrom(status.readAll());
+        if (state.group == group && state.hasEnded)
+            members.hasEnded = true;
+        else if (state.group == group)
+            members.running.append(name.toLongLong());
     }
     return members;
 }

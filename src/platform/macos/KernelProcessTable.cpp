@@ -59,7 +59,7 @@ bool hasOpen(pid_t process, const OpenThing &thing) {
 
 } // namespace
 
-std::optional<QList<qint64>> KernelProcessTable::membersOf(qint64 group) const {
+std::optional<GroupMembers> KernelProcessTable::membersOf(qint64 group) const {
     int question[] = {CTL_KERN, KERN_PROC, KERN_PROC_PGRP, static_cast<int>(group)};
     constexpr unsigned words = 4;
     std::size_t size = 0;
@@ -70,10 +70,12 @@ std::optional<QList<qint64>> KernelProcessTable::membersOf(qint64 group) const {
     if (::sysctl(question, words, entries.data(), &size, nullptr, 0) != 0)
         return std::nullopt;
     entries.resize(size / sizeof(kinfo_proc));
-    QList<qint64> members;
+    GroupMembers members;
     for (const kinfo_proc &entry : entries)
-        if (entry.kp_proc.p_stat != SZOMB)
-            members.append(entry.kp_proc.p_pid);
+        if (entry.kp_proc.p_stat == SZOMB)
+            members.hasEnded = true;
+        else
+            members.running.append(entry.kp_proc.p_pid);
     return members;
 }
 

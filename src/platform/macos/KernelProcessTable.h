@@ -7,7 +7,7 @@ namespace larkspur {
 /// What the kernel tells about a process group.
 class KernelProcessTable final : public ProcessTable {
   public:
-    std::optional<QList<qint64>> membersOf(qint64 group) const override;
+    std::optional<GroupMembers> membersOf(qint64 group) const override;
     QList<qint64> holdersOf(int descriptor) const override;
     QString nameOf(qint64 process) const override;
 };

@@ -21,7 +21,7 @@ class OperationLockTest : public QObject {
 
     /// A brew that goes on after its program.
     struct Survivor final : ProcessTable {
-        std::optional<QList<qint64>> membersOf(qint64) const override { return std::nullopt; }
+        std::optional<GroupMembers> membersOf(qint64) const override { return std::nullopt; }
         QList<qint64> holdersOf(int) const override { return {42}; }
         QString nameOf(qint64) const override { return "ruby"; }
     };
