@@ -66,7 +66,9 @@ LockFile &LockFile::operator=(LockFile &&other) noexcept {
 void LockFile::release() {
     if (m_file < 0)
         return;
-    QFile::remove(m_path); // before letting go: afterwards it could be another's
+    // Before letting go: afterwards it could be another's. It is already if somebody removed the held one.
+    if (isFileAt(m_file, QFile::encodeName(m_path)))
+        QFile::remove(m_path);
     ::close(std::exchange(m_file, -1));
 }
 

@@ -17,7 +17,7 @@ class LockFile {
   public:
     LockFile(LockFile &&other) noexcept;
     LockFile &operator=(LockFile &&other) noexcept;
-    /// Lets go and removes the file.
+    /// Lets go and removes the file, unless another has taken its place.
     ~LockFile() { release(); }
 
     struct Refusal {

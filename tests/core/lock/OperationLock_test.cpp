@@ -130,6 +130,17 @@ class OperationLockTest : public QObject {
         QVERIFY(!LockFile::tryTake(fixture.path("lock"))); // or two would hold it
     }
 
+    void lettingGoLeavesTheFileOfAnother() {
+        Fixture fixture;
+        auto first = std::optional(LockFile::tryTake(fixture.path("lock")));
+        QVERIFY(*first && QFile::remove(fixture.path("lock"))); // by somebody who takes it for a leftover
+        const auto second = LockFile::tryTake(fixture.path("lock"));
+        QVERIFY(second);
+        first.reset();
+        QVERIFY(QFile::exists(fixture.path("lock")));
+        QVERIFY(!LockFile::tryTake(fixture.path("lock"))); // or two would hold it
+    }
+
     void aChildThatOutlivesTheProgramHoldsTheLock() {
         Fixture fixture;
         QProcess orphan;
