@@ -19,6 +19,26 @@ QString withReason(const QString &what) {
     return QStringLiteral("%1: %2").arg(what, QString::fromLocal8Bit(std::strerror(errno)));
 }
 
+/// Makes a folder and those above it that are missing; the names of all are on the disk then.
+std::expected<void, QString> makeFolder(const QString &folder, const FileCalls &calls) {
+    QStringList missing;
+    for (QString path = folder; !QFileInfo::exists(path); path = QFileInfo(path).path())
+        missing.prepend(path);
+    for (const QString &path : missing) {
+        if (!QDir().mkpath(path)) // another program may have made it since
+            break;
+        const QString parent = QFileInfo(path).path();
+        if (calls.syncFolder(QFile::encodeName(parent)) != 0) {
+            const QString reason = withReason(QStringLiteral("the folder %1 cannot be synced").arg(parent));
+            QDir().rmdir(path); // or the next attempt would take it for one that is on the disk
+            return std::unexpected(reason);
+        }
+    }
+    if (!QFileInfo(folder).isDir())
+        return std::unexpected(QStringLiteral("the folder %1 cannot be made").arg(folder));
+    return {};
+}
+
 /// Where a link leads, whether there is something yet or not.
 QString targetOf(QString path) {
     constexpr int mostLinks = 16;
@@ -131,8 +151,8 @@ std::expected<void, QString> writeFileAtomically(const QString &path, const QByt
                                                  QFile::Permissions permissions, const FileCalls &calls) {
     const QString target = targetOf(path);
     const QString folder = QFileInfo(target).absolutePath();
-    if (!QDir().mkpath(folder))
-        return std::unexpected(QStringLiteral("the folder %1 cannot be made").arg(folder));
+    if (const auto made = makeFolder(folder, calls); !made)
+        return made;
     const QByteArray name = QFile::encodeName(target);
     const auto mode = modeFor(name, permissions);
     Successor file(target, calls);

@@ -5,7 +5,6 @@
 #include "core/log/Logger.h"
 #include "inventory/records/RecordJson.h"
 
-#include <QDir>
 #include <QFile>
 #include <QJsonDocument>
 
@@ -22,9 +21,7 @@ const QString outdatedCacheFile = QStringLiteral("outdated_cache.json");
 PackageCache::PackageCache(QString cacheDirectory, Logger &logger, Clock clock)
     : m_cacheDirectory(std::move(cacheDirectory))
     , m_logger(logger)
-    , m_clock(std::move(clock)) {
-    QDir().mkpath(m_cacheDirectory);
-}
+    , m_clock(std::move(clock)) {}
 
 void PackageCache::saveFormulae(const QList<Formula> &formulae) {
     save(formulaeCacheFile, formulae);

@@ -48,8 +48,11 @@ class FailingCalls final : public FileCalls {
         return fails("rename") ? -1 : FileCalls::rename(from, to);
     }
     int syncFolder(const QByteArray &folder) const override {
-        return fails("folder") ? -1 : FileCalls::syncFolder(folder);
+        m_synced.append(QString::fromLocal8Bit(folder));
+        return fails("folder") || fails(folder.constData()) ? -1 : FileCalls::syncFolder(folder);
     }
+    /// The folders whose names were to reach the disk, in this order.
+    const QStringList &synced() const { return m_synced; }
 
   private:
     bool fails(const char *step) const {
@@ -57,6 +60,7 @@ class FailingCalls final : public FileCalls {
         return m_step == step;
     }
     QString m_step;
+    mutable QStringList m_synced;
 };
 
 } // namespace
@@ -106,6 +110,21 @@ class AtomicFileTest : public QObject {
         // Only where the names of the folder cannot be synced the new one stands already.
         QCOMPARE(Fixture::read(path), step == "folder" ? QString(10'000, 'n') : "old");
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files | QDir::Hidden), QStringList{"file.json"});
+    }
+
+    void foldersThatAreMadeReachTheDiskToo() {
+        QTemporaryDir folder;
+        const QString path = folder.filePath("deep/er/file.json");
+        // One that did not is made again: else the next file in it would be lost with it.
+        const FailingCalls failing(folder.filePath("deep"));
+        const auto refused = writeFileAtomically(path, "x", {}, failing);
+        QVERIFY(!refused && refused.error().contains(folder.filePath("deep") + " cannot be synced: "));
+        QVERIFY(!QFile::exists(folder.filePath("deep/er")));
+        const FailingCalls calls("nowhere");
+        for (int i = 0; i < 2; ++i)
+            QVERIFY(writeFileAtomically(path, "x", {}, calls));
+        QCOMPARE(calls.synced(), QStringList({folder.filePath("deep"), folder.filePath("deep/er"),
+                                              folder.filePath("deep/er")}));
     }
 
     void aFullVolumeKeepsTheOld() {
