@@ -64,7 +64,8 @@ int runTerminalProgram(int argc, char *argv[], const LaunchOptions &options) {
     StopSource insist;
     const StopSignals signals([&] { (stop.stop_requested() ? insist : stop).request_stop(); });
     OutputWatch output([&] {
-        terminal.error(QStringLiteral("The output takes nothing any more, so what runs is stopped."));
+        if (!larkspur.operations().unfinished().isEmpty()) // what only tells something ends unsaid
+            terminal.error(QStringLiteral("The output takes nothing any more, so what runs is stopped."));
         stop.request_stop();
     });
     // Started inside the event loop: a command that needs no child would otherwise end before the loop

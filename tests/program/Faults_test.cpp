@@ -119,17 +119,29 @@ class FaultsTest : public QObject {
         const auto outcome = Program::finish(process);
         QCOMPARE(outcome.status, 1);
         QVERIFY2(outcome.errors.contains("Stopped: Upgrading heron."), qPrintable(outcome.errors));
+        QVERIFY(outcome.errors.contains("so what runs is stopped."));
         QCOMPARE(outcome.errors.contains("output cannot be written"), !says.isEmpty());
         QVERIFY(processesWith(m_program->brew().toUtf8()).isEmpty());
         QVERIFY(!QFile::exists(m_program->path("data/operation.lock")));
         QVERIFY(!Fixture::read(m_program->path("data/Logs/larkspur.log")).contains("\none\n"));
     }
 
+    void aListThatCannotBePrintedFails_data() {
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<QString>("says");
+        QTest::newRow("a reader that has seen enough") << "| true" << "";
+        QTest::newRow("none") << ">&-" << "larkspur: The output cannot be written.\n";
+    }
     void aListThatCannotBePrintedFails() {
+        QFETCH(QString, output);
+        QFETCH(QString, says);
         QProcess process;
         process.start("bash",
-                      {"-c", LARKSPUR_PROGRAM " --sample-folder=" + m_program->path("") + " list >&-"});
-        QCOMPARE(Program::finish(process).status, 1);
+                      {"-o", "pipefail", "-c",
+                       LARKSPUR_PROGRAM " --sample-folder=" + m_program->path("") + " list " + output});
+        const auto outcome = Program::finish(process);
+        QCOMPARE(outcome.status, 1);
+        QCOMPARE(outcome.errors, says); // and of nothing that would run
     }
 
     void answersAreCut() {
