@@ -7,6 +7,7 @@
 #include <QJsonDocument>
 #include <QProcess>
 #include <QRandomGenerator>
+#include <QSettings>
 #include <QTest>
 
 using namespace larkspur;
@@ -118,6 +119,20 @@ class StoredFilesTest : public QObject {
                 QVERIFY2(QDir::cleanPath(path) == path && path.startsWith(world.prefix() + '/'),
                          text.constData());
         });
+        const CaskUpgrade upgrade{.token = *PackageName::parse("x"),
+                                  .version = "1",
+                                  .versions = {"1"},
+                                  .applications = {{.name = "x.app", .place = app}},
+                                  .options = "7-12"};
+        forEachMutation(QJsonDocument(upgrade.toJson()).toJson(), [](const QByteArray &text) {
+            const auto read = CaskUpgrade::fromJson(QJsonDocument::fromJson(text).object());
+            QStringList names = read ? read->versions + QStringList(read->version) : QStringList();
+            for (const CaskUpgrade::Application &application :
+                 read ? read->applications : QList<CaskUpgrade::Application>())
+                names.append(application.name);
+            for (const QString &name : names)
+                QVERIFY2(!name.isEmpty() && !name.contains('/') && !name.startsWith('.'), text.constData());
+        });
         // The others through a whole recovery; a brew that refuses everything.
         world.shell.onAny = [&world](const ShellCommand &command) {
             return command.arguments.value(0) == "--prefix" ? world.prefix().toUtf8() : QByteArray();
@@ -136,7 +151,8 @@ class StoredFilesTest : public QObject {
               {"token", "x"},
               {"isReplaced", false},
               {"isToReturn", true},
-              {"applications", QJsonArray{QJsonObject{{"place", app}, {"aside", aside}}}}}}};
+              {"applications", QJsonArray{QJsonObject{{"place", app}, {"aside", aside}}}}}},
+            {"cask-upgrades", {{"prefix", world.prefix()}, {"upgrades", QJsonArray{upgrade.toJson()}}}}};
         QRandomGenerator random(9);
         QMap<QString, int> settled;
         int moved = 0;
@@ -160,12 +176,100 @@ class StoredFilesTest : public QObject {
             (void)removeTree(world.folder.path(), world.path("notes"));
             (void)removeTree(world.folder.path(), world.path("trash"));
         }
-        for (const char *kind : {"held-pin", "links", "moved-aside"})
+        for (const char *kind : {"held-pin", "links", "moved-aside", "cask-upgrades"})
             QVERIFY2(settled[kind] > 0, kind);
         QVERIFY(moved > 0);
         QVERIFY(QDir(world.path("mine/1")).exists());
         for (const ShellCommand &command : world.shell.commands())
             QVERIFY(command.arguments.size() < 2 || isPlain(command.arguments.last()));
+    }
+
+    /// Where nothing is installed there is no work for brew, so that notes can be read by the thousand.
+    void notesOfWhatIsGone() {
+        OperationWorld world;
+        const QString app = world.path("apps") + "/x.app";
+        const QString aside = world.path("apps") + "/.larkspur-aside-12345678-x.app";
+        const QString mine = world.path("apps") + "/mine.app";
+        QDir().mkpath(mine + "/Contents");
+        const CaskUpgrade upgrade{.token = *PackageName::parse("x"),
+                                  .version = "1",
+                                  .versions = {"1"},
+                                  .applications = {{.name = "x.app", .place = app}},
+                                  .options = "7-12"};
+        HeldPinLeftover pins(world.path("notes"));
+        LostLinksLeftover links(world.path("notes"));
+        MovedAsideLeftover applications(world.casks);
+        LostApplicationsLeftover upgrades(world.casks);
+        const QList<std::tuple<QString, QJsonObject, Leftover *>> notes{
+            {"held-pin", {{"prefix", world.prefix()}, {"name", "x"}, {"isCask", false}}, &pins},
+            {"links", {{"prefix", world.prefix()}, {"linked", QJsonArray{"x", "y"}}}, &links},
+            {"moved-aside",
+             {{"prefix", world.prefix()},
+              {"token", "x"},
+              {"isReplaced", false},
+              {"isToReturn", true},
+              {"applications", QJsonArray{QJsonObject{{"place", app}, {"aside", aside}}}}},
+             &applications},
+            {"cask-upgrades",
+             {{"prefix", world.prefix()}, {"upgrades", QJsonArray{upgrade.toJson()}}},
+             &upgrades}};
+        const RecoveryWork work{
+            .session = nullptr, .context = {}, .prefix = world.prefix(), .logger = &world.logger};
+        for (const auto &[kind, contents, leftover] : notes) {
+            int used = 0;
+            forEachMutation(QJsonDocument(contents).toJson(), [&](const QByteArray &text) {
+                QDir().mkpath(world.path("notes"));
+                const QString path = world.path("notes") + "/1-" + kind + "-1.json";
+                Fixture::write(path, text);
+                await(leftover->putRight(work));
+                used += QFile::exists(path) || QFile::exists(path + ".unreadable") ? 0 : 1;
+                QVERIFY2(QDir(mine + "/Contents").exists() && !QFile::exists(world.path("trash")),
+                         text.constData());
+                (void)removeTree(world.folder.path(), world.path("notes"));
+            });
+            QVERIFY2(used < mutations, qPrintable(kind));
+        }
+    }
+
+    void preferences_data() {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("ours") << "preferences.json";
+        QTest::newRow("of earlier versions") << "preferences.ini";
+    }
+    /// What can be read is there after a change as before, and what cannot be is kept.
+    void preferences() {
+        QFETCH(QString, name);
+        const QVariantMap values{{keys::simpleMode, true},
+                                 {keys::snapshotRetentionLimit, 30},
+                                 {keys::kegPreservationCapBytes, 5'000'000'000.0},
+                                 {keys::knownRootServices, QStringList{"a,b", "meadowdb"}},
+                                 {keys::brewPathOverride, "/opt/homebrew/bin/brew"},
+                                 {keys::windowGeometry, QByteArray("\x01\xd9\xd0\xcb\x00", 5)}};
+        QTemporaryDir folder;
+        QVERIFY(FilePreferenceStore(folder.path()).change(values));
+        const QString path = folder.filePath(name);
+        if (name.endsWith(".ini")) {
+            QVERIFY(QFile::remove(folder.filePath("preferences.json")));
+            QSettings earlier(path, QSettings::IniFormat);
+            for (auto entry = values.begin(); entry != values.end(); ++entry)
+                earlier.setValue(entry.key(), entry.value());
+        }
+        int read = 0;
+        forEachMutation(Fixture::read(path).toUtf8(), [&](const QByteArray &text) {
+            Fixture::write(path, text);
+            FilePreferenceStore store(folder.path());
+            const auto found = store.read();
+            read += found ? 1 : 0;
+            QCOMPARE(Fixture::read(path), QString::fromUtf8(text)); // reading changes nothing
+            const auto changed = store.change({{"new", 1}});
+            QVERIFY2(changed, text.constData());
+            QVERIFY2(found || !store.keptAside().isEmpty(), text.constData());
+            const auto again = FilePreferenceStore(folder.path()).read();
+            QVERIFY2(again && again->keys() == changed->keys() && again->value("new") == 1, text.constData());
+            for (const char *made : {"preferences.json", "preferences.json.unreadable"})
+                QFile::remove(folder.filePath(made));
+        });
+        QVERIFY(read > 0 && (read < mutations || name.endsWith(".ini"))); // of those each line stands alone
     }
 
     void whatThePersonAddedAndTheCaches() {
@@ -179,22 +283,41 @@ class StoredFilesTest : public QObject {
             formula.name = formula.fullName = "heron";
             formula.version = "8.10.0";
             cache.saveFormulae({formula});
+            Cask cask;
+            cask.token = "tidepool";
+            cask.name = {"Tidepool"};
+            cask.version = "1.2,34";
+            cask.appNames = {"Tidepool.app"};
+            cask.installedOn = QDateTime::currentDateTimeUtc();
+            cache.saveCasks({cask});
+            cache.saveOutdated({{.name = "heron",
+                                 .fullName = "acme/tools/heron",
+                                 .installedVersions = {"8.10.0"},
+                                 .currentVersion = "8.11.1",
+                                 .pinned = true}});
         }
         QStringList files;
         for (const char *folder : {"data", "cache"})
             for (const QString &name : QDir(fixture.path(folder)).entryList(QDir::Files))
                 files.append(fixture.path(folder) + '/' + name);
-        QCOMPARE(files.size(), 3);
+        QCOMPARE(files.size(), 5);
         for (const QString &path : files) {
             const QByteArray real = Fixture::read(path).toUtf8();
             forEachMutation(real, [&](const QByteArray &text) {
                 Fixture::write(path, text);
                 const UserDataManager data(fixture.path("data"), fixture.logger);
                 QVERIFY(data.history().size() <= 10);
-                (void)PackageCache(fixture.path("cache"), fixture.logger).loadFormulae();
+                const PackageCache cache(fixture.path("cache"), fixture.logger);
+                const bool hasFormulae = cache.loadFormulae().has_value();
+                const bool hasCasks = cache.loadCasks().has_value();
+                const bool hasOutdated = cache.loadOutdated().has_value();
+                QVERIFY(hasFormulae || path.contains("formulae"));
+                QVERIFY(hasCasks || path.contains("casks"));
+                QVERIFY(hasOutdated || path.contains("outdated"));
                 QFile file(path);
                 QVERIFY(file.open(QIODevice::ReadOnly) && file.readAll() == text); // reading changes nothing
             });
+            Fixture::write(path, real);
         }
     }
 };
