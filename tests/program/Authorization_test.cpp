@@ -1,10 +1,9 @@
 #include "tests/support/Await.h"
 #include "tests/support/Fixture.h"
 #include "tests/support/Processes.h"
-#include "tests/support/Program.h"
+#include "tests/support/TerminalSession.h"
 
 #include <QDir>
-#include <QDirIterator>
 #include <QTest>
 
 #include <csignal>
@@ -18,83 +17,6 @@ class AuthorizationTest : public QObject {
 
     std::unique_ptr<Program> m_program;
 
-    /// The program under `script`, which gives it a controlling terminal.
-    class Session {
-      public:
-        Session(Program &program, const QStringList &words, const QString &before = "exec ") {
-            QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-            environment.insert("XDG_RUNTIME_DIR", runtimeFolder(program));
-            m_process.setProcessEnvironment(environment);
-            m_process.setProcessChannelMode(QProcess::MergedChannels);
-            // "exec": a shell in between would answer the interrupt with a status of its own.
-            const QString line =
-                before + LARKSPUR_PROGRAM + " --sample-folder=" + program.path("") + ' ' + words.join(' ');
-            m_process.start("script", {"-qec", line, "/dev/null"});
-        }
-        /// What has come until the text came; fails the test if it never does.
-        bool reach(const QByteArray &text) {
-            QElapsedTimer clock;
-            clock.start();
-            while (!m_new.contains(text) && clock.elapsed() < 20'000) {
-                m_process.waitForReadyRead(100);
-                m_new += m_process.readAll();
-            }
-            const bool found = m_new.contains(text);
-            m_all += m_new;
-            m_new = m_new.mid(found ? m_new.indexOf(text) + text.size() : 0);
-            return found;
-        }
-        bool prompt() {
-            const bool found = reach("Password (empty to cancel): ");
-            QTest::qWait(150); // typing ahead of a password prompt is thrown away
-            return found;
-        }
-        void type(const QByteArray &line) { press(line + '\n'); }
-        void press(const QByteArray &keys) { m_process.write(keys); }
-        int finish() {
-            if (!m_process.waitForFinished(30'000))
-                qFatal("the program has not ended");
-            m_all += m_new + m_process.readAll();
-            return m_process.exitCode();
-        }
-        /// Closes the terminal, as a window is closed.
-        void hangUp() {
-            m_process.kill();
-            m_process.waitForFinished();
-        }
-        /// A folder in memory, or what stands in for one.
-        static QString runtimeFolder(Program &program) {
-            const QString folder = program.path("runtime");
-            QDir().mkpath(folder);
-            QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-            return folder;
-        }
-        const QByteArray &all() const { return m_all; }
-
-      private:
-        QProcess m_process;
-        QByteArray m_new;
-        QByteArray m_all;
-    };
-
-    void setPassword(const QByteArray &password) {
-        QProcess process;
-        process.start(m_program->path("homebrew/bin/brew"), {"--sudo-password", m_program->path("homebrew")});
-        process.write(password);
-        process.closeWriteChannel();
-        QVERIFY(process.waitForFinished() && process.exitCode() == 0);
-    }
-    QStringList filesWith(const QByteArray &text) const {
-        QStringList found;
-        QDirIterator entries(m_program->path(""), QDir::Files | QDir::Hidden | QDir::System,
-                             QDirIterator::Subdirectories);
-        while (entries.hasNext()) {
-            QFile file(entries.next());
-            if (file.open(QIODevice::ReadOnly) && file.readAll().contains(text))
-                found.append(file.fileName());
-        }
-        return found;
-    }
     /// The running program, without the shell and the terminal around it.
     QList<pid_t> programs() const {
         QList<pid_t> found = processesWith("larkspur --sample-folder=" + m_program->path("").toUtf8());
@@ -131,12 +53,12 @@ class AuthorizationTest : public QObject {
     }
     void thePasswordReachesSudoAndNothingElse() {
         QFETCH(QByteArray, password);
-        setPassword(password);
+        m_program->setPassword(password);
         // Looks at everything that a neighbour could see while the command runs.
         m_program->replaceBrew("{ cat /proc/[0-9]*/cmdline || ps -eo args; } 2>/dev/null >> " +
                                m_program->path("arguments").toUtf8() + "\nexec -a " +
                                m_program->brew().toUtf8() + " $REAL \"$@\"\n");
-        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        TerminalSession session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
         QVERIFY(session.prompt());
         session.type("not " + password);
         QVERIFY(session.reach("That password was incorrect. Please try again."));
@@ -147,13 +69,13 @@ class AuthorizationTest : public QObject {
         QCOMPARE(installed("granite-vault"), "4.2");
         QVERIFY(QDir(m_program->path("homebrew/var/privileged/granite-vault")).exists());
         QVERIFY(Fixture::read(m_program->path("arguments")).contains("granite-vault"));
-        QCOMPARE(filesWith(password), QStringList());
+        QCOMPARE(m_program->filesWith(password), QStringList());
         QVERIFY(!session.all().contains(password)); // no echo either
         QVERIFY(!QFile::exists(m_program->path("data/.askpass-secret")));
     }
 
     void aPasswordThatSudoRejectsIsAskedForAgain() {
-        Session session(*m_program, {"upgrade", "--yes", "--cask", "kestrel-vpn"});
+        TerminalSession session(*m_program, {"upgrade", "--yes", "--cask", "kestrel-vpn"});
         QVERIFY(session.prompt());
         session.type("sesame");
         QVERIFY(session.reach("==> That password didn't work. Retrying"));
@@ -169,7 +91,7 @@ class AuthorizationTest : public QObject {
             "if [ \"$1\" = install ]; then printf 'sudo: a password is required\\n'; exit 1; "
             "fi\nexec -a " +
             m_program->brew().toUtf8() + " $REAL \"$@\"\n");
-        Session session(*m_program, {"install", "dovetail"});
+        TerminalSession session(*m_program, {"install", "dovetail"});
         QVERIFY2(session.prompt(), session.all());
         session.type({});
         QCOMPARE(session.finish(), 1);
@@ -182,7 +104,7 @@ class AuthorizationTest : public QObject {
     }
 
     void cancellingChangesNothing() {
-        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        TerminalSession session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
         QVERIFY(session.prompt());
         QVERIFY(session.all().contains("\r\n  Command  brew upgrade --cask granite-vault\r\n"));
         QVERIFY(!session.all().contains("Homebrew never needs"));
@@ -202,8 +124,9 @@ class AuthorizationTest : public QObject {
     void interruptingThePrompt() {
         QFETCH(int, signal);
         // A shell beside it, which outlives the interrupt and looks at the terminal afterwards.
-        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault; echo status $?; stty -a"},
-                        "trap : INT; ");
+        TerminalSession session(*m_program,
+                                {"upgrade", "--yes", "--cask", "granite-vault; echo status $?; stty -a"},
+                                "trap : INT; ");
         QVERIFY(session.prompt());
         if (!signal)
             session.press("\x03");
@@ -233,12 +156,14 @@ class AuthorizationTest : public QObject {
     }
     void theProgramIsAskedToEndWhileBrewHasThePassword() {
         QFETCH(int, signal);
+        const QByteArray password = "Tr0ub4dor-and-3";
+        m_program->setPassword(password);
         hangInThePrivilegedStep();
-        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        TerminalSession session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
         QVERIFY(session.prompt());
-        session.type("sesame");
+        session.type(password);
         const QString secret = m_program->path("data/.askpass-secret");
-        const QDir runtime(Session::runtimeFolder(*m_program));
+        const QDir runtime(TerminalSession::runtimeFolder(*m_program));
         EVENTUALLY(QFileInfo(secret).isSymLink() && !runtime.isEmpty());
         for (const pid_t id : signal ? programs() : QList<pid_t>())
             ::kill(id, signal);
@@ -247,13 +172,14 @@ class AuthorizationTest : public QObject {
         EVENTUALLY(programs().isEmpty());
         QVERIFY(!QFileInfo(secret).isSymLink() && !QFile::exists(secret));
         QVERIFY(runtime.isEmpty());
+        QCOMPARE(m_program->filesWith(password), QStringList());
         QVERIFY(processesWith(m_program->brew().toUtf8()).isEmpty());
         QVERIFY(!QFile::exists(m_program->path("data/operation.lock")));
     }
 
     void aSecretOfADeadRunIsSweptAtTheNextStart() {
         hangInThePrivilegedStep(); // and the program dies
-        Session session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+        TerminalSession session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
         QVERIFY(session.prompt());
         session.type("sesame");
         const QString secret = m_program->path("data/.askpass-secret");

@@ -1,6 +1,7 @@
 #include "core/trees/TreeScan.h"
+#include "tests/support/Await.h"
 #include "tests/support/Processes.h"
-#include "tests/support/Program.h"
+#include "tests/support/TerminalSession.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -48,7 +49,8 @@ bool enterOwnMounts() {
 
 } // namespace
 
-/// Long series of accidents. A few of each by default; KILLS=1000 and FULL=1 for a run at length.
+/// Long series of accidents. Every operation meets each once by default; KILLS=1000 and FULL=1 for a run at
+/// length.
 class CampaignsTest : public QObject {
     Q_OBJECT
 
@@ -58,6 +60,7 @@ class CampaignsTest : public QObject {
     QStringList m_pinned;
     QStringList m_applications;
     QStringList m_work;
+    const QByteArray m_password = "Tr0ub4dor-and-3";
 
     static void copy(const QString &from, const QString &to) {
         if (QProcess::execute("cp", {"-a", from + "/.", to}) != 0)
@@ -103,11 +106,18 @@ class CampaignsTest : public QObject {
         copy(m_start.path(), m_program->path("."));
     }
 
+    bool hasSecret() const {
+        const QFileInfo secret(m_program->path("data/.askpass-secret"));
+        return secret.isSymLink() || secret.exists();
+    }
+
     /// Empty, or what is not as it should be after the next start.
     QString damage() {
         const QDir data(m_program->path("data"));
-        if (QFileInfo(data.filePath(".askpass-secret")).isSymLink() || data.exists(".askpass-secret"))
+        if (hasSecret())
             return "a password is left";
+        if (const QStringList files = m_program->filesWith(m_password); !files.isEmpty())
+            return "the password stands in " + files.join(' ');
         if (const QStringList notes = QDir(data.filePath("CrashNotes")).entryList(QDir::Files);
             !notes.isEmpty())
             return "a note stands: " + notes.join(' ');
@@ -167,6 +177,8 @@ class CampaignsTest : public QObject {
   private Q_SLOTS:
     void initTestCase() {
         m_program = std::make_unique<Program>();
+        QCOMPARE(run("status").status, 0);
+        m_program->setPassword(m_password);
         // Kegs are preserved, a version was rolled back and one is pinned; restore points lead here and back.
         for (const char *line : {"snapshot take start", "upgrade heron", "upgrade quillmark",
                                  "rollback heron 8.10.0", "install dovetail", "snooze sparrowgit"})
@@ -197,7 +209,7 @@ class CampaignsTest : public QObject {
     }
 
     void killedAtAnyMoment() {
-        const int kills = wanted("KILLS", 5);
+        const int kills = wanted("KILLS", static_cast<int>(m_work.size()));
         QRandomGenerator random(static_cast<quint32>(wanted("SEED", 7)));
         QHash<QString, qint64> lengths;
         int killed = 0;
@@ -239,6 +251,36 @@ class CampaignsTest : public QObject {
         QVERIFY(killed > 0);
     }
 
+    void killedWithThePassword() {
+        const int kills = qMax(3, wanted("KILLS", 0) / static_cast<int>(m_work.size()));
+        const QByteArray program = "larkspur --sample-folder=" + m_program->path("").toUtf8();
+        QRandomGenerator random(static_cast<quint32>(wanted("SEED", 7)));
+        int killed = 0;
+        for (int i = 0; i < kills; ++i) {
+            startAgain();
+            m_program->replaceBrew("[ -z \"$LARKSPUR_ASKPASS_PASSWORD\" ] || sleep 0.5\nexec -a " +
+                                   m_program->brew().toUtf8() + " $REAL \"$@\"\n");
+            TerminalSession session(*m_program, {"upgrade", "--yes", "--cask", "granite-vault"});
+            QVERIFY2(session.prompt(), session.all());
+            session.type(m_password);
+            QVERIFY2(spinUntil([this] { return hasSecret(); }), session.all());
+            QTest::qWait(i == 0 ? 0 : random.bounded(800));
+            killed += hasSecret() ? 1 : 0;
+            const int whom = i % 3; // the program, its brew, or both
+            if (whom != 1)
+                killProcessesWith(program);
+            if (whom != 0)
+                killProcessesWith(m_program->brew().toUtf8());
+            session.finish();
+            QVERIFY2(waitForBrew(), "a brew does not end");
+            run("unpin heron");
+            const QString found = damage();
+            QVERIFY2(found.isEmpty(), qPrintable(QString("kill %1 (%2): ").arg(i).arg(whom) + found));
+        }
+        qInfo("%d of %d were killed while the password stood in a file", killed, kills);
+        QVERIFY(killed > 0);
+    }
+
     void theDataVolumeIsFullAtAnyWrite() {
         if (!enterOwnMounts())
             QSKIP("no volume can be mounted here");
@@ -247,10 +289,11 @@ class CampaignsTest : public QObject {
         if (::mount("tmpfs", data.constData(), "tmpfs", 0, "size=24m") != 0)
             QSKIP("no volume can be mounted here");
         const bool isLong = wanted("FULL", 0) > 0;
-        const int step = isLong ? 1 : 20;
+        const int step = isLong ? 1 : 60;
         int full = 0;
-        for (const QString &line : isLong ? m_work : m_work.mid(1, 4))
-            for (int pages = 0; pages < 60; pages += step) {
+        for (int i = 0; i < m_work.size(); ++i)
+            for (int pages = isLong ? 0 : i * 7 % 20; pages < 60; pages += step) {
+                const QString &line = m_work[i];
                 startAgain();
                 QFile filler(m_program->path("data/filler"));
                 QVERIFY(filler.open(QIODevice::WriteOnly));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDirIterator>
 #include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QProcess>
@@ -50,6 +51,27 @@ class Program {
             qFatal("brew cannot be replaced");
         file.write("#!/bin/bash\nREAL=" + real.toUtf8() + "\n" + script);
         file.setPermissions(file.permissions() | QFile::ExeOwner | QFile::ExeUser);
+    }
+    /// What the sample's sudo wants from now on.
+    void setPassword(const QByteArray &password) const {
+        QProcess process;
+        process.start(brew(), {"--sudo-password", path("homebrew")});
+        process.write(password);
+        process.closeWriteChannel();
+        if (!process.waitForFinished() || process.exitCode() != 0)
+            qFatal("the password cannot be set");
+    }
+    /// The sample's files in which the text stands.
+    QStringList filesWith(const QByteArray &text) const {
+        QStringList found;
+        QDirIterator entries(m_folder.path(), QDir::Files | QDir::Hidden | QDir::System,
+                             QDirIterator::Subdirectories);
+        while (entries.hasNext()) {
+            QFile file(entries.next());
+            if (file.open(QIODevice::ReadOnly) && file.readAll().contains(text))
+                found.append(file.fileName());
+        }
+        return found;
     }
 
   private:
