@@ -168,7 +168,7 @@ class InterruptedReinstallTest : public QObject {
         });
         world.shell.answerOnce("link --overwrite x", {}, 0, [&] { world.record("1"); });
         const auto report = world.perform("reinstall", {{"x", false}});
-        QCOMPARE(report->count(PackageEnd::Failed), 1);
+        QCOMPARE(report.count(PackageEnd::Failed), 1);
         QCOMPARE(world.installed(), "1");
         QCOMPARE(world.file("1"), "of 1.reinstall");
         QCOMPARE(world.changes().last(), "link --overwrite x");

@@ -213,7 +213,7 @@ class StoredFilesTest : public QObject {
             {"cask-upgrades",
              {{"prefix", world.prefix()}, {"upgrades", QJsonArray{upgrade.toJson()}}},
              &upgrades}};
-        const RecoveryWork work{
+        const LockedWork work{
             .session = nullptr, .context = {}, .prefix = world.prefix(), .logger = &world.logger};
         for (const auto &[kind, contents, leftover] : notes) {
             int used = 0;
