@@ -9,6 +9,7 @@
 #include <QUuid>
 
 #include <algorithm>
+#include <ranges>
 
 namespace larkspur {
 
@@ -84,6 +85,18 @@ QJsonObject MovedAside::noteContents(Fate fate) const {
             {QStringLiteral("applications"), applications},
             {QStringLiteral("isToReturn"), fate == Fate::ToReturn},
             {QStringLiteral("isReplaced"), fate == Fate::Replaced}};
+}
+
+QStringList MovedAside::makeRoom() const {
+    QStringList lines;
+    for (const QString &place : m_applications | std::views::transform(&Application::place)) {
+        if (!isOccupied(place) || isWholeApplication(place, m_token, m_setting).value_or(true))
+            continue;
+        if (const auto taken = throwAway(place, *m_setting.trash); !taken)
+            lines.append(QStringLiteral("Warning: %1 is in the way of the next attempt: %2")
+                             .arg(place, taken.error()));
+    }
+    return lines;
 }
 
 QStringList MovedAside::putBack() {

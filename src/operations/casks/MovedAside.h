@@ -35,6 +35,10 @@ class MovedAside {
     /// What stands unprotected where it is, in lines for the output.
     const QStringList &warnings() const { return m_warnings; }
 
+    /// For another attempt, which Homebrew makes only where the places are free: what the one before has left
+    /// there half goes to the trash. What is whole stays, Homebrew knows of it. Returns lines for the output.
+    QStringList makeRoom() const;
+
     /// Returns the applications to their places; returns lines for the output.
     QStringList putBack();
     /// The new ones are in place: the old go to the trash. Returns lines for the output.

@@ -3,7 +3,6 @@
 #include "core/async/Worker.h"
 #include "core/authorization/SudoAuth.h"
 #include "operations/casks/CaskApplications.h"
-#include "operations/casks/MovedAside.h"
 #include "operations/oclp/CopyXattrsStub.h"
 
 #include <algorithm>
@@ -14,6 +13,7 @@ PackageRun::PackageRun(LockedWork work, CaskSetting casks, const PackageCommand 
                        PackageTarget package)
     : m_work(std::move(work))
     , m_casks(std::move(casks))
+    , m_guard(m_casks)
     , m_command(command)
     , m_package(std::move(package))
     , m_arguments(m_command.arguments(m_package)) {}
@@ -25,18 +25,30 @@ PackageResult PackageRun::result(PackageEnd end, const QStringList &lines) const
 Task<Result<PackageResult>> PackageRun::run() {
     if (m_arguments.isEmpty())
         co_return std::unexpected(BrewError::packageNotFound(m_package.name));
+    auto done = co_await attemptAll();
+    const auto end = co_await m_guard.conclude(done && done->isDone());
+    for (const QString &line : end.errors + end.lines)
+        announce(line);
+    for (const QString &error : end.errors) {
+        done->end = PackageEnd::Failed; // whatever it said
+        done->lines.append(QStringLiteral("==> ") + error);
+    }
+    co_return Result<PackageResult>(std::move(done));
+}
+
+Task<Result<PackageResult>> PackageRun::attemptAll() {
     std::optional<Password> password;
     for (;;) {
-        const bool hadPassword = password.has_value();
-        const auto run = co_await attempt(std::exchange(password, std::nullopt));
+        const auto run = co_await attempt(password);
         if (!run)
             co_return std::unexpected(run.error());
         const Judgement judgement = co_await runInWorker([done = *run] { return judge(done); });
         m_hasWarnings = m_hasWarnings || judgement.hasWarnings;
-        if (const auto end = endOf(*run, judgement, hadPassword))
+        if (const auto end = endOf(*run, judgement, password.has_value()))
             co_return result(*end, *end == PackageEnd::Done ? QStringList() : run->lines);
         if (!judgement.password)
-            continue; // with force
+            continue; // with force, which may need the same password
+        password.reset();
         password = co_await askForPassword(*judgement.password);
         if (!password && m_work.isStopped())
             co_return std::unexpected(BrewError::stopped());
@@ -120,35 +132,15 @@ Task<Result<BrewRun>> PackageRun::attemptReinstallation(BrewCommand command) {
     const auto token = PackageName::parse(m_package.name);
     if (!token)
         co_return co_await stream(std::move(command));
-    const CaskSetting setting = m_casks;
-    struct Begun { // boxed: libstdc++ 12 cannot compare a task of such a value
-        std::expected<std::unique_ptr<MovedAside>, QString> aside;
-    };
-    auto [begun] =
-        co_await runInWorker([setting, token] { return Begun{MovedAside::begin(setting, *token)}; });
-    if (!begun) {
-        // Homebrew would remove the application, and nobody could bring it back.
-        announce(QStringLiteral("Error: %1 cannot be protected, so it is not reinstalled: %2")
-                     .arg(m_package.name, begun.error()));
-        co_return BrewRun{.exitCode = 1, .lines = {}};
-    }
-    const std::shared_ptr<MovedAside> aside = std::move(*begun);
-    for (const QString &warning : aside->warnings())
-        announce(warning);
-    auto run = co_await stream(std::move(command));
-    const bool isReported = run && run->succeeded();
-    const auto end = co_await runInWorker([aside, isReported] {
-        return isReported ? aside->conclude()
-                          : MovedAside::Conclusion{.lines = aside->putBack(), .errors = {}};
-    });
-    for (const QString &line : end.errors + end.lines)
+    const auto [lines, failure] = co_await m_guard.prepare(*token);
+    for (const QString &line : lines)
         announce(line);
-    if (!end.errors.isEmpty()) {
-        run->exitCode = 1; // whatever it said
-        for (const QString &error : end.errors)
-            run->lines.append(QStringLiteral("==> ") + error);
-    }
-    co_return run;
+    if (failure.isEmpty())
+        co_return co_await stream(std::move(command));
+    // Homebrew would remove the application, and nobody could bring it back.
+    announce(QStringLiteral("Error: %1 cannot be protected, so it is not reinstalled: %2")
+                 .arg(m_package.name, failure));
+    co_return BrewRun{.exitCode = 1, .lines = {}};
 }
 
 Task<Result<BrewRun>> PackageRun::stream(BrewCommand command) {

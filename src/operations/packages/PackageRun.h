@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/authorization/Password.h"
-#include "operations/casks/CaskSetting.h"
+#include "operations/casks/ReinstallGuard.h"
 #include "operations/packages/PackageCommand.h"
 #include "operations/packages/PasswordTrigger.h"
 #include "operations/run/LockedWork.h"
@@ -22,6 +22,7 @@ class PackageRun {
     Task<Result<PackageResult>> run();
 
   private:
+    Task<Result<PackageResult>> attemptAll();
     Task<Result<BrewRun>> attempt(std::optional<Password> password);
     Task<Result<BrewRun>> attemptReinstallation(BrewCommand command);
     Task<Result<BrewRun>> stream(BrewCommand command);
@@ -41,6 +42,7 @@ class PackageRun {
 
     LockedWork m_work;
     CaskSetting m_casks;
+    ReinstallGuard m_guard;
     const PackageCommand &m_command;
     PackageTarget m_package;
     BrewArguments m_arguments;

@@ -269,6 +269,35 @@ class PackageRunTest : public QObject {
         QVERIFY(world.notes().isEmpty());
     }
 
+    /// Homebrew forgets the cask in the first attempt; each of the others can destroy the application all the
+    /// same.
+    void theApplicationSurvivesEveryAttempt() {
+        World world;
+        world.preferences.set(keys::useReinstallForCasks, true);
+        const QString app = world.addCask("x", "1");
+        Fixture::write(app + "/Contents/data", "precious");
+        const auto placeHalf = [&] {
+            QVERIFY(!QFile::exists(app)); // free, as Homebrew expects it
+            QCOMPARE(world.notes().size(), 1);
+            world.remove("Caskroom/x");
+            QDir().mkpath(app + "/Contents");
+            Fixture::write(app + "/Contents/data", "half");
+        };
+        world.shell.answerOnce("reinstall --cask x", sudoFailure, 1, placeHalf);
+        world.shell.answerOnce("reinstall --cask x", "Error: It seems there is already an App at 'x'.\n", 1,
+                               placeHalf);
+        world.shell.answerOnce("reinstall --cask --force x", sudoFailure, 1, placeHalf);
+        world.typed = {"sesame"};
+        const auto *run = world.run("upgrade", {{"x", true}});
+        QCOMPARE(world.changes().size(), 3);
+        QCOMPARE(world.passwords(), QStringList({"sesame", "sesame"})); // the forced one has it too
+        QCOMPARE(world.asked.size(), 2);
+        QVERIFY(run->wasCancelled());
+        QCOMPARE(Fixture::read(app + "/Contents/data"), "precious");
+        QCOMPARE(run->transcript().text().count("Put " + app + " back as it was before."), 1);
+        QVERIFY(world.notes().isEmpty());
+    }
+
     void aReinstallationThatOnlyReportsSuccessHasFailed_data() {
         QTest::addColumn<QString>("does");
         QTest::addColumn<QString>("flaw");
