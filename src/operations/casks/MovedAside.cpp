@@ -3,6 +3,7 @@
 #include "core/files/Trash.h"
 #include "operations/casks/ApplicationBundle.h"
 #include "operations/casks/CaskApplications.h"
+#include "operations/casks/CaskOutcome.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
@@ -20,15 +21,6 @@ QString asidePath(const QString &application) {
     const QFileInfo info(application);
     return info.path() + QLatin1Char('/') + MovedAside::namePrefix +
            QUuid::createUuid().toString(QUuid::Id128).left(8) + QLatin1Char('-') + info.fileName();
-}
-
-/// Whether the cask as it is now has applications, all in place, and none of them belongs here: its vendor
-/// has given the application another name.
-bool isUnderAnotherName(const QString &place, const PackageName &token, const CaskSetting &setting) {
-    const auto places = caskApplicationPlaces(token, setting);
-    const auto linked = caskApplications(token, setting);
-    return places && linked && !places->contains(place) && !linked->isEmpty() &&
-           std::ranges::all_of(*linked, &isBundle, &CaskApplication::place);
 }
 
 } // namespace
@@ -72,7 +64,7 @@ std::expected<std::unique_ptr<MovedAside>, QString> MovedAside::begin(CaskSettin
 }
 
 MovedAside::~MovedAside() {
-    putBack();
+    conclude(false);
 }
 
 QJsonObject MovedAside::noteContents(Fate fate) const {
@@ -83,7 +75,6 @@ QJsonObject MovedAside::noteContents(Fate fate) const {
     return {{QStringLiteral("prefix"), m_setting.prefix},
             {QStringLiteral("token"), m_token.text()},
             {QStringLiteral("applications"), applications},
-            {QStringLiteral("isToReturn"), fate == Fate::ToReturn},
             {QStringLiteral("isReplaced"), fate == Fate::Replaced}};
 }
 
@@ -99,56 +90,34 @@ QStringList MovedAside::makeRoom() const {
     return lines;
 }
 
-QStringList MovedAside::putBack() {
-    QStringList lines;
-    if (m_applications.isEmpty())
-        return lines;
-    // From here on the old ones are to come back: whoever finds the note need not guess.
-    const auto noted = m_note->update(noteContents(Fate::ToReturn));
-    bool isComplete = true;
-    for (const Application &application : std::exchange(m_applications, {})) {
-        const auto returned = returnToPlace(application.place, application.aside, *m_setting.trash);
-        isComplete = isComplete && returned;
-        lines.append(returned ? QStringLiteral("Put %1 back as it was before.").arg(application.place)
-                              : QStringLiteral("Warning: %1").arg(returned.error()));
-    }
-    if (isComplete)
-        m_note->remove(); // else the next operation tries again
-    else if (!noted)
-        lines.append(QStringLiteral("Warning: It could not be noted that it is to be put back: %1")
-                         .arg(noted.error()));
-    return lines;
-}
-
 QStringList MovedAside::discard() {
     QStringList lines;
-    if (m_applications.isEmpty())
-        return lines;
     // From here on the old ones are not to come back, whatever happens.
     bool isComplete = m_note->update(noteContents(Fate::Replaced)).has_value();
-    for (const Application &application : std::exchange(m_applications, {})) {
-        const auto taken = m_setting.trash->take(application.aside);
-        if (!taken)
-            lines.append(QStringLiteral("Warning: The old %1 is kept at %2: %3")
-                             .arg(QFileInfo(application.place).fileName(), application.aside, taken.error()));
-        isComplete = isComplete && taken;
-    }
+    for (const Application &application : std::exchange(m_applications, {}))
+        isComplete = discardOne(application, &lines) && isComplete;
     if (isComplete)
         m_note->remove();
     return lines;
 }
 
-MovedAside::Conclusion MovedAside::conclude() {
+/// False if the old application stays aside.
+bool MovedAside::discardOne(const Application &application, QStringList *lines) const {
+    const auto taken = throwAway(application.aside, *m_setting.trash);
+    if (!taken)
+        lines->append(QStringLiteral("Warning: The old %1 is kept at %2: %3")
+                          .arg(QFileInfo(application.place).fileName(), application.aside, taken.error()));
+    return taken.has_value();
+}
+
+MovedAside::Conclusion MovedAside::conclude(bool isReported) {
     Conclusion end;
+    if (m_applications.isEmpty())
+        return end;
     QList<std::expected<bool, QString>> judgements;
-    for (const Application &application : m_applications) {
-        const QString &place = application.place;
-        auto isWhole = isWholeApplication(place, m_token, m_setting);
-        if (isWhole && !*isWhole && !isOccupied(place))
-            isWhole = isUnderAnotherName(place, m_token, m_setting);
-        judgements.append(isWhole);
-    }
-    if (std::ranges::all_of(judgements, [](const auto &isWhole) { return isWhole.value_or(false); })) {
+    for (const Application &application : m_applications)
+        judgements.append(isReplaced(application.place, m_token, m_setting));
+    if (std::ranges::all_of(judgements, [](const auto &isNew) { return isNew.value_or(false); })) {
         end.lines = discard();
         return end;
     }
@@ -156,36 +125,34 @@ MovedAside::Conclusion MovedAside::conclude() {
     bool isComplete = true;
     const QList<Application> applications = std::exchange(m_applications, {});
     for (qsizetype i = 0; i < applications.size(); ++i)
-        isComplete = concludeOne(applications[i], judgements[i], &end) && isComplete;
+        isComplete = concludeOne(applications[i], judgements[i], isReported, &end) && isComplete;
     if (isComplete)
-        m_note->remove();
+        m_note->remove(); // else the next operation tries again
     return end;
 }
 
 /// False if the application stays aside.
-bool MovedAside::concludeOne(const Application &application, const std::expected<bool, QString> &isWhole,
-                             Conclusion *end) const {
-    const QString name = QFileInfo(application.place).fileName();
-    if (!isWhole) {
+bool MovedAside::concludeOne(const Application &application, const std::expected<bool, QString> &isNew,
+                             bool isReported, Conclusion *end) const {
+    if (!isNew) {
         end->lines.append(QStringLiteral("Warning: It cannot be told whether %1 is whole, so the one "
                                          "from before is kept at %2: %3")
-                              .arg(application.place, application.aside, isWhole.error()));
+                              .arg(application.place, application.aside, isNew.error()));
         return false;
     }
-    if (*isWhole) {
-        const auto taken = throwAway(application.aside, *m_setting.trash);
-        if (!taken)
-            end->lines.append(QStringLiteral("Warning: The old %1 is kept at %2: %3")
-                                  .arg(name, application.aside, taken.error()));
-        return taken.has_value();
-    }
+    if (*isNew)
+        return discardOne(application, &end->lines);
     const QString flaw = isOccupied(application.place) ? QStringLiteral("whole") : QStringLiteral("there");
     const auto returned = returnToPlace(application.place, application.aside, *m_setting.trash);
-    const QString what =
-        QStringLiteral("Error: Homebrew reported success, but %1 is not %2").arg(application.place, flaw);
-    end->errors.append(returned ? what + QStringLiteral("; the application from before is back") : what);
     if (!returned)
         end->lines.append(QStringLiteral("Warning: %1").arg(returned.error()));
+    if (isReported) {
+        const QString what =
+            QStringLiteral("Error: Homebrew reported success, but %1 is not %2").arg(application.place, flaw);
+        end->errors.append(returned ? what + QStringLiteral("; the application from before is back") : what);
+    } else if (returned) {
+        end->lines.append(QStringLiteral("Put %1 back as it was before.").arg(application.place));
+    }
     return returned.has_value();
 }
 

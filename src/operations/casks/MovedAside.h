@@ -29,7 +29,7 @@ class MovedAside {
                                                                      const PackageName &token);
     MovedAside(const MovedAside &) = delete;
     MovedAside &operator=(const MovedAside &) = delete;
-    /// Puts back what neither was put back nor replaced.
+    /// Concludes what was not, as failed.
     ~MovedAside();
 
     /// What stands unprotected where it is, in lines for the output.
@@ -39,19 +39,14 @@ class MovedAside {
     /// there half goes to the trash. What is whole stays, Homebrew knows of it. Returns lines for the output.
     QStringList makeRoom() const;
 
-    /// Returns the applications to their places; returns lines for the output.
-    QStringList putBack();
-    /// The new ones are in place: the old go to the trash. Returns lines for the output.
-    QStringList discard();
-
     /// Lines for the output.
     struct Conclusion {
         QStringList lines;
         QStringList errors; ///< not what was reported: each ends the reinstallation as failed
     };
-    /// Homebrew has reported success: what is whole and new replaces the old, which goes to the trash, and
-    /// the others come back. Where that cannot be told both stay.
-    Conclusion conclude();
+    /// Homebrew has come to an end, and reports success or not: what is whole and new replaces the old, which
+    /// goes to the trash, and the others come back. Where that cannot be told both stay.
+    Conclusion conclude(bool isReported);
 
   private:
     struct Application {
@@ -60,13 +55,14 @@ class MovedAside {
     };
     MovedAside(CaskSetting setting, const PackageName &token);
     enum class Fate {
-        Open,     ///< the reinstallation is under way
-        ToReturn, ///< it has failed
-        Replaced  ///< it has succeeded
+        Open,    ///< each is judged by what is there
+        Replaced ///< all are new
     };
     QJsonObject noteContents(Fate fate) const;
-    bool concludeOne(const Application &application, const std::expected<bool, QString> &isWhole,
-                     Conclusion *end) const;
+    QStringList discard();
+    bool discardOne(const Application &application, QStringList *lines) const;
+    bool concludeOne(const Application &application, const std::expected<bool, QString> &isNew,
+                     bool isReported, Conclusion *end) const;
 
     CaskSetting m_setting;
     PackageName m_token;

@@ -4,6 +4,7 @@
 #include "core/files/FolderNames.h"
 #include "operations/casks/ApplicationBundle.h"
 #include "operations/casks/CaskApplications.h"
+#include "operations/casks/CaskOutcome.h"
 #include "operations/casks/MovedAside.h"
 
 #include <QFileInfo>
@@ -31,19 +32,11 @@ struct Stray {
     PackageName token;
     QString place;
     QString aside;
-    bool isToReturn;
     bool isReplaced;
 };
 
 /// The words about what was done; the error is what could not be, and why. One line each.
 using Step = std::expected<QString, QString>;
-
-/// Whether the old application is not needed any more. The error is one line of text: this cannot be told.
-std::expected<bool, QString> isReplaced(const Stray &stray, const CaskSetting &setting) {
-    if (stray.isToReturn || !isBundle(stray.place))
-        return false;
-    return stray.isReplaced ? true : isWholeApplication(stray.place, stray.token, setting);
-}
 
 /// Nothing stands aside: it was never moved, or is back already, unless its folder cannot be looked into.
 std::expected<void, QString> checkNothingIsAside(const Stray &stray) {
@@ -67,17 +60,19 @@ Step settleOne(const Stray &stray, const CaskSetting &setting) {
         return std::unexpected(
             QStringLiteral("%1 is left where it is: it does not look like an application of %2")
                 .arg(stray.aside, stray.token.text()));
-    const auto isWhole = isReplaced(stray, setting);
-    if (!isWhole)
+    const auto isNew = stray.isReplaced && isBundle(stray.place)
+                           ? std::expected<bool, QString>(true)
+                           : isReplaced(stray.place, stray.token, setting);
+    if (!isNew)
         return std::unexpected(QStringLiteral("It cannot be told whether %1 is whole after an interrupted "
                                               "reinstallation, so the one from before is kept at %2: %3")
-                                   .arg(stray.place, stray.aside, isWhole.error()));
-    const auto done = *isWhole ? throwAway(stray.aside, *setting.trash)
-                               : returnToPlace(stray.place, stray.aside, *setting.trash);
+                                   .arg(stray.place, stray.aside, isNew.error()));
+    const auto done = *isNew ? throwAway(stray.aside, *setting.trash)
+                             : returnToPlace(stray.place, stray.aside, *setting.trash);
     if (!done)
         return std::unexpected(done.error());
-    return (*isWhole ? QStringLiteral("Moved %1 from before an interrupted reinstallation to the trash.")
-                     : QStringLiteral("Put %1 back after an interrupted reinstallation."))
+    return (*isNew ? QStringLiteral("Moved %1 from before an interrupted reinstallation to the trash.")
+                   : QStringLiteral("Put %1 back after an interrupted reinstallation."))
         .arg(stray.place);
 }
 
@@ -85,17 +80,15 @@ Step settleOne(const Stray &stray, const CaskSetting &setting) {
 std::optional<QList<Stray>> straysOf(const QJsonObject &note, const QString &prefix) {
     const auto token = PackageName::parse(note.value(QLatin1String("token")).toString());
     const QJsonValue applications = note.value(QLatin1String("applications"));
-    const QJsonValue isToReturn = note.value(QLatin1String("isToReturn"));
     const QJsonValue isReplaced = note.value(QLatin1String("isReplaced"));
     if (!token || note.value(QLatin1String("prefix")).toString() != prefix || !applications.isArray() ||
-        !isToReturn.isBool() || !isReplaced.isBool())
+        !isReplaced.isBool())
         return std::nullopt;
     QList<Stray> strays;
     for (const QJsonValue &value : applications.toArray()) {
         strays.append({.token = *token,
                        .place = value.toObject().value(QLatin1String("place")).toString(),
                        .aside = value.toObject().value(QLatin1String("aside")).toString(),
-                       .isToReturn = isToReturn.toBool(),
                        .isReplaced = isReplaced.toBool()});
         if (strays.last().place.isEmpty() || strays.last().aside.isEmpty())
             return std::nullopt;

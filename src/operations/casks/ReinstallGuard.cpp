@@ -23,10 +23,7 @@ Task<MovedAside::Conclusion> ReinstallGuard::conclude(bool isReported) {
     const auto aside = std::exchange(m_aside, nullptr);
     if (!aside)
         co_return MovedAside::Conclusion();
-    co_return co_await runInWorker([aside, isReported] {
-        return isReported ? aside->conclude()
-                          : MovedAside::Conclusion{.lines = aside->putBack(), .errors = {}};
-    });
+    co_return co_await runInWorker([aside, isReported] { return aside->conclude(isReported); });
 }
 
 } // namespace larkspur

@@ -32,6 +32,8 @@ class MovedAsideTest : public QObject {
             QDir().mkpath(app + "/Contents");
             write(app + "/Contents/version", version.toUtf8());
         }
+        /// Homebrew links to an application once it is in place.
+        void unlink() const { QFile::remove(prefix() + "/Caskroom/x/1/x.app"); }
         QStringList apps() const {
             QStringList names =
                 QDir(path("apps")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
@@ -70,8 +72,9 @@ class MovedAsideTest : public QObject {
         const auto owner = MovedAside::begin(world.setting, world.token);
         MovedAside &aside = **owner;
         QVERIFY(!QFile::exists(world.app));
+        world.unlink();
         world.installNew("half");
-        QCOMPARE(aside.putBack(), QStringList{"Put " + world.app + " back as it was before."});
+        QCOMPARE(aside.conclude(false).lines, QStringList{"Put " + world.app + " back as it was before."});
         QCOMPARE(world.version(), "old");
         QCOMPARE(world.thrownAway(), QStringList{"half"});
         QVERIFY(world.notes().isEmpty());
@@ -82,7 +85,7 @@ class MovedAsideTest : public QObject {
         const auto owner = MovedAside::begin(world.setting, world.token);
         MovedAside &aside = **owner;
         world.installNew();
-        QVERIFY(aside.discard().isEmpty());
+        QVERIFY(aside.conclude(true).lines.isEmpty());
         QCOMPARE(world.version(), "new");
         QCOMPARE(world.thrownAway(), QStringList{"old"});
         QVERIFY(world.notes().isEmpty());
@@ -104,7 +107,7 @@ class MovedAsideTest : public QObject {
         auto aside = begin();
         QVERIFY(!QFile::exists(world.app) && !QFile::exists(other));
         world.installNew();
-        const auto end = aside->conclude();
+        const auto end = aside->conclude(true);
         QCOMPARE(end.errors.size(), 1);
         QVERIFY(end.errors.first().contains(other + " is not there"));
         QCOMPARE(world.apps(), QStringList({"other.app", "x.app"}));
@@ -117,9 +120,33 @@ class MovedAsideTest : public QObject {
         QVERIFY(QFile::remove(world.prefix() + "/Caskroom/x/1/other.app"));
         QVERIFY(QFile::link(world.path("apps/renamed.app"), world.prefix() + "/Caskroom/x/1/renamed.app"));
         Fixture::write(receipt, R"({"uninstall_artifacts":[{"app":["x.app"]},{"app":["renamed.app"]}]})");
-        QVERIFY(aside->conclude().errors.isEmpty());
+        QVERIFY(aside->conclude(true).errors.isEmpty());
         QCOMPARE(world.apps(), QStringList({"renamed.app", "x.app"}));
         QVERIFY(world.notes().isEmpty());
+    }
+
+    /// Stopped, or failed in what came after the application: Homebrew knows the new one.
+    void theNewOneStaysWhateverWasReported() {
+        World world;
+        const auto aside = *MovedAside::begin(world.setting, world.token);
+        world.installNew();
+        const auto end = aside->conclude(false);
+        QVERIFY(end.errors.isEmpty() && end.lines.isEmpty());
+        QVERIFY(world.version() == "new" && world.thrownAway() == QStringList{"old"});
+        QVERIFY(world.notes().isEmpty());
+    }
+
+    void afterACrashAnotherNameIsNoLossEither() {
+        World world;
+        world.dieAside();
+        world.unlink();
+        QDir().mkpath(world.path("apps/renamed.app"));
+        QVERIFY(QFile::link(world.path("apps/renamed.app"), world.prefix() + "/Caskroom/x/1/renamed.app"));
+        Fixture::write(world.prefix() + "/Caskroom/x/.metadata/INSTALL_RECEIPT.json",
+                       R"({"uninstall_artifacts":[{"app":["renamed.app"]}]})");
+        await(world.recovery.run({}));
+        QCOMPARE(world.apps(), QStringList{"renamed.app"});
+        QCOMPARE(world.thrownAway(), QStringList{"old"});
     }
 
     void withoutATrashNothingIsRemovedAndThePersonIsTold() {
@@ -127,13 +154,13 @@ class MovedAsideTest : public QObject {
         {
             const auto owner = MovedAside::begin(world.settingWith(&world.noTrash), world.token);
             MovedAside &aside = **owner;
+            world.unlink();
             world.installNew("half");
-            const QStringList lines = aside.putBack();
+            const QStringList lines = aside.conclude(false).lines;
             QVERIFY(lines.size() == 1 && lines[0].startsWith("Warning: x.app from before is kept at "));
         }
         QCOMPARE(world.apps(), QStringList({".larkspur-aside-x.app", "x.app"}));
         QCOMPARE(world.notes().size(), 1);
-        // Homebrew's link still stands: it says nothing about what was to come back.
         await(world.recovery.run({})); // with a trash again
         QCOMPARE(world.version(), "old");
         QCOMPARE(world.thrownAway(), QStringList{"half"});
@@ -181,7 +208,7 @@ class MovedAsideTest : public QObject {
         const auto owner = MovedAside::begin(world.setting, world.token);
         MovedAside &aside = **owner;
         QVERIFY(QFileInfo(world.app).isSymLink());
-        QVERIFY(aside.discard().isEmpty());
+        QVERIFY(aside.conclude(true).lines.isEmpty());
         QCOMPARE(Fixture::read(world.path("Documents/Contents/version")), "old");
     }
 
@@ -203,8 +230,8 @@ class MovedAsideTest : public QObject {
         world.dieAside();
         if (isThere)
             world.installNew();
-        if (!isWhole) // Homebrew links to an application once it is in place
-            QFile::remove(world.prefix() + "/Caskroom/x/1/x.app");
+        if (!isWhole)
+            world.unlink();
         await(world.recovery.run({}));
         QCOMPARE(world.version(), version);
         QCOMPARE(world.thrownAway(), thrown);
@@ -299,7 +326,7 @@ class MovedAsideTest : public QObject {
     void aNoteOfAnotherShapeIsKept_data() {
         QTest::addColumn<QString>("field");
         QTest::addColumn<QJsonValue>("value");
-        for (const char *field : {"applications", "token", "prefix", "isToReturn", "isReplaced"}) {
+        for (const char *field : {"applications", "token", "prefix", "isReplaced"}) {
             QTest::addRow("%s missing", field) << field << QJsonValue(QJsonValue::Undefined);
             QTest::addRow("%s mistyped", field) << field << QJsonValue(5);
         }
@@ -364,7 +391,6 @@ class MovedAsideTest : public QObject {
         QVERIFY(CrashNote::write(world.path("notes"), "moved-aside",
                                  {{"prefix", world.prefix()},
                                   {"token", "x"},
-                                  {"isToReturn", false},
                                   {"isReplaced", false},
                                   {"applications", QJsonArray{entry}}}));
         await(world.recovery.run({}));

@@ -1,0 +1,30 @@
+#include "operations/casks/CaskOutcome.h"
+
+#include "operations/casks/ApplicationBundle.h"
+#include "operations/casks/CaskApplications.h"
+
+#include <algorithm>
+
+namespace larkspur {
+
+namespace {
+
+/// Whether the cask as it is now has applications, all in place, and none of them belongs here: its vendor
+/// has given the application another name.
+bool isUnderAnotherName(const QString &place, const PackageName &token, const CaskSetting &setting) {
+    const auto places = caskApplicationPlaces(token, setting);
+    const auto linked = caskApplications(token, setting);
+    return places && linked && !places->isEmpty() && !places->contains(place) && !linked->isEmpty() &&
+           std::ranges::all_of(*linked, &isBundle, &CaskApplication::place);
+}
+
+} // namespace
+
+std::expected<bool, QString> isReplaced(const QString &place, const PackageName &token,
+                                        const CaskSetting &setting) {
+    if (isOccupied(place))
+        return isWholeApplication(place, token, setting);
+    return isUnderAnotherName(place, token, setting);
+}
+
+} // namespace larkspur
