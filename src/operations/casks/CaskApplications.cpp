@@ -15,10 +15,6 @@ namespace {
 
 const QLatin1String ending(".app");
 
-QString homeOf(const PackageName &token, const CaskSetting &setting) {
-    return setting.prefix + QStringLiteral("/Caskroom/") + token.shortName();
-}
-
 /// Adds the links of one version that lead to one of the places; false if they cannot be read.
 std::expected<void, QString> addLinks(const QDir &staged, const QStringList &places,
                                       QList<CaskApplication> *found) {
@@ -37,9 +33,13 @@ std::expected<void, QString> addLinks(const QDir &staged, const QStringList &pla
 
 } // namespace
 
+QString caskFolder(const PackageName &token, const CaskSetting &setting) {
+    return setting.prefix + QStringLiteral("/Caskroom/") + token.shortName();
+}
+
 std::expected<QStringList, QString> caskApplicationPlaces(const PackageName &token,
                                                           const CaskSetting &setting) {
-    const auto receipt = CaskReceipt::at(homeOf(token, setting));
+    const auto receipt = CaskReceipt::at(caskFolder(token, setting));
     if (!receipt)
         return std::unexpected(receipt.error());
     QStringList folders{receipt->applicationFolder};
@@ -57,7 +57,7 @@ std::expected<QStringList, QString> caskApplicationPlaces(const PackageName &tok
 std::expected<QList<CaskApplication>, QString> caskApplications(const PackageName &token,
                                                                 const CaskSetting &setting) {
     const auto places = caskApplicationPlaces(token, setting);
-    const QString home = homeOf(token, setting);
+    const QString home = caskFolder(token, setting);
     const auto versions = namesIn(home);
     if (!places || !versions)
         return std::unexpected(places ? versions.error() : places.error());

@@ -10,6 +10,9 @@
 
 namespace larkspur {
 
+/// Where Homebrew keeps what it knows of a cask.
+QString caskFolder(const PackageName &token, const CaskSetting &setting);
+
 /// An application that Homebrew has installed for a cask.
 struct CaskApplication {
     QString place; ///< where it is used from

@@ -1,7 +1,10 @@
 #include "operations/casks/CaskOutcome.h"
 
+#include "core/files/FolderNames.h"
 #include "operations/casks/ApplicationBundle.h"
 #include "operations/casks/CaskApplications.h"
+
+#include <QFileInfo>
 
 #include <algorithm>
 
@@ -25,6 +28,18 @@ std::expected<bool, QString> isReplaced(const QString &place, const PackageName 
     if (isOccupied(place))
         return isWholeApplication(place, token, setting);
     return isUnderAnotherName(place, token, setting);
+}
+
+std::optional<QString> complaintIfForgotten(const PackageName &token, const CaskSetting &setting) {
+    const QString home = caskFolder(token, setting);
+    const auto versions = namesIn(home);
+    const auto isFolder = [&home](const QString &name) {
+        return QFileInfo(home + QLatin1Char('/') + name).isDir();
+    };
+    if (!versions || std::ranges::any_of(*versions, isFolder))
+        return std::nullopt;
+    return QStringLiteral("Homebrew no longer lists %1; “brew install --cask --adopt %1” brings it back.")
+        .arg(token.text());
 }
 
 } // namespace larkspur

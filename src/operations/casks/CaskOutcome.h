@@ -4,6 +4,7 @@
 #include "operations/casks/CaskSetting.h"
 
 #include <expected>
+#include <optional>
 
 namespace larkspur {
 
@@ -12,5 +13,9 @@ namespace larkspur {
 /// text: this cannot be told. Blocking.
 std::expected<bool, QString> isReplaced(const QString &place, const PackageName &token,
                                         const CaskSetting &setting);
+
+/// What the person should know after an application was put back, where Homebrew has forgotten its cask and
+/// would offer no update of it: one line. Blocking.
+std::optional<QString> complaintIfForgotten(const PackageName &token, const CaskSetting &setting);
 
 } // namespace larkspur

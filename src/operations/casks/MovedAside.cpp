@@ -128,6 +128,8 @@ MovedAside::Conclusion MovedAside::conclude(bool isReported) {
         isComplete = concludeOne(applications[i], judgements[i], isReported, &end) && isComplete;
     if (isComplete)
         m_note->remove(); // else the next operation tries again
+    if (const auto complaint = complaintIfForgotten(m_token, m_setting))
+        end.lines.append(QStringLiteral("Warning: ") + *complaint);
     return end;
 }
 

@@ -6,9 +6,12 @@
 #include "operations/casks/CaskApplications.h"
 #include "operations/casks/CaskOutcome.h"
 #include "operations/casks/MovedAside.h"
+#include "operations/casks/RepairStep.h"
 
 #include <QFileInfo>
 #include <QJsonArray>
+
+#include <algorithm>
 
 namespace larkspur {
 
@@ -35,9 +38,6 @@ struct Stray {
     bool isReplaced;
 };
 
-/// The words about what was done; the error is what could not be, and why. One line each.
-using Step = std::expected<QString, QString>;
-
 /// Nothing stands aside: it was never moved, or is back already, unless its folder cannot be looked into.
 std::expected<void, QString> checkNothingIsAside(const Stray &stray) {
     if (isBundle(stray.place) && !isOccupied(stray.aside))
@@ -55,25 +55,26 @@ std::expected<void, QString> checkNothingIsAside(const Stray &stray) {
                                .arg(stray.place, reason));
 }
 
-Step settleOne(const Stray &stray, const CaskSetting &setting) {
+RepairStep settleOne(const Stray &stray, const CaskSetting &setting) {
     if (!isPlausiblePlace(stray.place, stray.token, setting) || !isAsidePathOf(stray.aside, stray.place))
-        return std::unexpected(
+        return RepairStep::failed(
             QStringLiteral("%1 is left where it is: it does not look like an application of %2")
                 .arg(stray.aside, stray.token.text()));
     const auto isNew = stray.isReplaced && isBundle(stray.place)
                            ? std::expected<bool, QString>(true)
                            : isReplaced(stray.place, stray.token, setting);
     if (!isNew)
-        return std::unexpected(QStringLiteral("It cannot be told whether %1 is whole after an interrupted "
-                                              "reinstallation, so the one from before is kept at %2: %3")
-                                   .arg(stray.place, stray.aside, isNew.error()));
+        return RepairStep::failed(QStringLiteral("It cannot be told whether %1 is whole after an interrupted "
+                                                 "reinstallation, so the one from before is kept at %2: %3")
+                                      .arg(stray.place, stray.aside, isNew.error()));
     const auto done = *isNew ? throwAway(stray.aside, *setting.trash)
                              : returnToPlace(stray.place, stray.aside, *setting.trash);
     if (!done)
-        return std::unexpected(done.error());
-    return (*isNew ? QStringLiteral("Moved %1 from before an interrupted reinstallation to the trash.")
-                   : QStringLiteral("Put %1 back after an interrupted reinstallation."))
-        .arg(stray.place);
+        return RepairStep::failed(done.error());
+    return RepairStep::done(
+        (*isNew ? QStringLiteral("Moved %1 from before an interrupted reinstallation to the trash.")
+                : QStringLiteral("Put %1 back after an interrupted reinstallation."))
+            .arg(stray.place));
 }
 
 /// The applications of a note; nothing unless each of its fields is there and of its type.
@@ -96,14 +97,18 @@ std::optional<QList<Stray>> straysOf(const QJsonObject &note, const QString &pre
     return strays;
 }
 
-QList<Step> settleAll(const QList<Stray> &strays, const CaskSetting &setting) {
-    QList<Step> steps;
+QList<RepairStep> settleAll(const QList<Stray> &strays, const CaskSetting &setting) {
+    QList<RepairStep> steps;
     for (const Stray &stray : strays) {
         if (isBundle(stray.aside))
             steps.append(settleOne(stray, setting));
         else if (const auto checked = checkNothingIsAside(stray); !checked)
-            steps.append(std::unexpected(checked.error()));
+            steps.append(RepairStep::failed(checked.error()));
     }
+    const auto isDone = [](const RepairStep &step) { return step.kind == RepairStep::Kind::Done; };
+    if (std::ranges::any_of(steps, isDone))
+        if (const auto complaint = complaintIfForgotten(strays.first().token, setting))
+            steps.append(RepairStep::left(*complaint));
     return steps;
 }
 
@@ -125,16 +130,13 @@ Task<NoteLeftover::Settled> MovedAsideLeftover::settle(CrashNote note, LockedWor
         co_return Settled::Unusable;
     CaskSetting setting = m_setting;
     setting.prefix = work.prefix;
-    const QList<Step> steps =
+    const QList<RepairStep> steps =
         co_await runInWorker([all = *strays, setting] { return settleAll(all, setting); });
     Settled settled = Settled::Done;
-    for (const Step &step : steps) {
-        if (step) {
-            work.say(*step);
-            continue;
-        }
-        settled = Settled::Not;
-        work.warn(step.error());
+    for (const RepairStep &step : steps) {
+        step.tell(work);
+        if (step.kind == RepairStep::Kind::Not)
+            settled = Settled::Not;
     }
     co_return Settled(settled);
 }

@@ -48,8 +48,8 @@ class PackageCommand {
     virtual bool expectsPassword(const PackageTarget &package, const QString &name) const {
         return package.isCask && shortName(package.name) == shortName(name);
     }
-    /// When the person does not give it. `hasRun`: with an earlier one, so that something may have changed.
-    virtual QString cancelledLine(const PackageTarget &package, bool hasRun) const;
+    /// When the person does not give it. `mayHaveChanged`: what has run so far can have changed something.
+    virtual QString cancelledLine(const PackageTarget &package, bool mayHaveChanged) const;
 };
 
 /// "COMMAND NAME" and "COMMAND --cask NAME".

@@ -53,7 +53,8 @@ Task<Result<PackageResult>> PackageRun::attemptAll() {
         if (!password && m_work.isStopped())
             co_return std::unexpected(BrewError::stopped());
         if (!password) {
-            announce(m_command.cancelledLine(m_package, m_rejectedPasswords > 0));
+            const bool mayHaveChanged = m_rejectedPasswords > 0 || m_guard.hasBegun();
+            announce(m_command.cancelledLine(m_package, mayHaveChanged));
             co_return result(PackageEnd::Cancelled, run->lines);
         }
     }

@@ -22,9 +22,9 @@ std::optional<ForcedRetry> UpgradeCommand::retry(const PackageTarget &package, c
     return retryOverOlderCopy(package, output);
 }
 
-QString UpgradeCommand::cancelledLine(const PackageTarget &package, bool hasRun) const {
-    if (hasRun)
-        return PackageCommand::cancelledLine(package, hasRun);
+QString UpgradeCommand::cancelledLine(const PackageTarget &package, bool mayHaveChanged) const {
+    if (mayHaveChanged)
+        return PackageCommand::cancelledLine(package, mayHaveChanged);
     return QStringLiteral(
                "Administrator authorization is required to update %1 and was cancelled. No changes "
                "were made.")

@@ -30,7 +30,7 @@ class UpgradeCommand final : public PackageCommand {
     }
     std::optional<ForcedRetry> retry(const PackageTarget &package, const QStringList &output,
                                      const QStringList &places) const override;
-    QString cancelledLine(const PackageTarget &package, bool hasRun) const override;
+    QString cancelledLine(const PackageTarget &package, bool mayHaveChanged) const override;
 
     /// For machines on which Homebrew cannot copy extended attributes.
     bool reinstallsCasks() const;

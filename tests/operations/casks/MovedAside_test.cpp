@@ -239,6 +239,17 @@ class MovedAsideTest : public QObject {
         QCOMPARE(world.apps(), QStringList{"x.app"});
     }
 
+    void whatHomebrewHasForgottenIsToldOnce() {
+        World world;
+        world.dieAside();
+        world.remove("Caskroom/x");
+        await(world.recovery.run({}, world.sink));
+        QCOMPARE(world.version(), "old");
+        QVERIFY(world.sink->transcript.text().contains(
+            "==> Warning: Homebrew no longer lists x; “brew install --cask --adopt x” brings it back."));
+        QVERIFY(world.notes().isEmpty());
+    }
+
     void whatCannotBeToldKeepsBoth_data() {
         QTest::addColumn<QString>("record");
         QTest::newRow("the receipt") << "/Caskroom/x/.metadata/INSTALL_RECEIPT.json";

@@ -170,6 +170,17 @@ class PackageRunTest : public QObject {
                  "==> Administrator authorization was cancelled. The operation may be incomplete.");
     }
 
+    void afterAReinstallationNobodySaysThatNothingChanged() {
+        World world;
+        world.preferences.set(keys::useReinstallForCasks, true);
+        world.addCask("x", "1");
+        world.shell.answerOnce("reinstall --cask x", sudoFailure, 1, [&] { world.remove("Caskroom/x"); });
+        const auto *run = world.run("upgrade", {{"x", true}});
+        QVERIFY(run->transcript().lines().contains(
+            "==> Administrator authorization was cancelled. The operation may be incomplete."));
+        QVERIFY(!run->transcript().text().contains("No changes"));
+    }
+
     void aWarningBeforeARetryIsNotForgotten() {
         World world;
         world.shell.answerOnce("uninstall --cask b", "Warning: odd\n" + QByteArray(sudoFailure), 1);
@@ -264,6 +275,8 @@ class PackageRunTest : public QObject {
         QCOMPARE(run->outcome(), OperationOutcome::Failed);
         QCOMPARE(Fixture::read(app + "/Contents/data"), "precious");
         QVERIFY(run->transcript().text().contains("==> Put " + app + " back as it was before."));
+        QVERIFY(run->transcript().text().contains(
+            "==> Warning: Homebrew no longer lists x; “brew install --cask --adopt x” brings it back."));
         QCOMPARE(QDir(world.path("apps")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
                  QStringList{"x.app"});
         QVERIFY(world.notes().isEmpty());
@@ -295,6 +308,7 @@ class PackageRunTest : public QObject {
         QVERIFY(run->wasCancelled());
         QCOMPARE(Fixture::read(app + "/Contents/data"), "precious");
         QCOMPARE(run->transcript().text().count("Put " + app + " back as it was before."), 1);
+        QVERIFY(run->transcript().text().contains("Homebrew no longer lists x"));
         QVERIFY(world.notes().isEmpty());
     }
 
