@@ -11,17 +11,17 @@ namespace larkspur {
 
 namespace {
 
-using Record = std::expected<QJsonObject, QString>;
+QString metadataPath(const QString &home, const char *file) {
+    return home + QStringLiteral("/.metadata/") + QLatin1String(file);
+}
 
-/// Empty if there is none, or one in the writing of which Homebrew was cut off: it has not come to its end
-/// then.
-Record metadata(const QString &home, const char *file) {
+/// An empty object if there is none.
+std::expected<QByteArray, QString> metadata(const QString &home, const char *file) {
     constexpr qint64 largest = 16 * 1024 * 1024; // bytes
-    const QString path = home + QStringLiteral("/.metadata/") + QLatin1String(file);
-    const auto text = readWholeFile(path, largest);
-    if (!text)
-        return text.error().isMissing ? Record(QJsonObject()) : std::unexpected(text.error().reason);
-    return QJsonDocument::fromJson(*text).object();
+    const auto text = readWholeFile(metadataPath(home, file), largest);
+    if (!text && !text.error().isMissing)
+        return std::unexpected(text.error().reason);
+    return text ? *text : QByteArrayLiteral("{}");
 }
 
 /// An artifact that is an application: the last word names it, or a target that it is renamed to.
@@ -55,16 +55,23 @@ QString recordedFolder(const QJsonObject &config) {
 } // namespace
 
 std::expected<CaskReceipt, QString> CaskReceipt::at(const QString &home) {
-    const Record receipt = metadata(home, "INSTALL_RECEIPT.json");
-    const Record config = metadata(home, "config.json");
-    if (!receipt || !config)
-        return std::unexpected(receipt ? config.error() : receipt.error());
+    const auto text = metadata(home, "INSTALL_RECEIPT.json");
+    const auto config = metadata(home, "config.json");
+    if (!text || !config)
+        return std::unexpected(text ? config.error() : text.error());
+    const QJsonDocument document = QJsonDocument::fromJson(*text);
+    if (!document.isObject())
+        return std::unexpected(
+            QStringLiteral("%1 is damaged").arg(metadataPath(home, "INSTALL_RECEIPT.json")));
+    const QJsonObject receipt = document.object();
     CaskReceipt found;
-    found.applicationFolder = recordedFolder(*config);
-    for (const QJsonValue &artifact : receipt->value(QLatin1String("uninstall_artifacts")).toArray())
+    found.applicationFolder = recordedFolder(QJsonDocument::fromJson(*config).object());
+    const QJsonArray artifacts = receipt.value(QLatin1String("uninstall_artifacts")).toArray();
+    found.namesArtifacts = !artifacts.isEmpty();
+    for (const QJsonValue &artifact : artifacts)
         if (const auto application = applicationIn(artifact.toObject()))
             found.applications.append(*application);
-    if (const qint64 time = receipt->value(QLatin1String("time")).toInteger(); time > 0)
+    if (const qint64 time = receipt.value(QLatin1String("time")).toInteger(); time > 0)
         found.installedOn = QDateTime::fromSecsSinceEpoch(time, Qt::UTC);
     return found;
 }

@@ -21,8 +21,9 @@ struct CaskApplication {
 
 /// Where the applications of an installed cask belong: named by Homebrew's own receipt, in an application
 /// folder, and what Homebrew's link in the Caskroom leads to. The vendor's archive, which is unpacked into
-/// the Caskroom too, cannot make anything else count. Each place once. The error is one line of text:
-/// Homebrew's records are there and cannot be read. Blocking.
+/// the Caskroom too, cannot make anything else count. Where the receipt, an old one, does not tell what the
+/// cask has, its name is that of the link. Each place once. The error is one line of text: Homebrew's records
+/// are there and cannot be read. Blocking.
 std::expected<QList<CaskApplication>, QString> caskApplications(const PackageName &token,
                                                                 const CaskSetting &setting);
 

@@ -13,7 +13,7 @@ namespace larkspur {
 namespace {
 
 /// Whether the cask as it is now has applications, all in place, and none of them belongs here: its vendor
-/// has given the application another name.
+/// has given the application another name. Only a receipt tells, which Homebrew writes last.
 bool isUnderAnotherName(const QString &place, const PackageName &token, const CaskSetting &setting) {
     const auto places = caskApplicationPlaces(token, setting);
     const auto linked = caskApplications(token, setting);

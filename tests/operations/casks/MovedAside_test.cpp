@@ -201,6 +201,51 @@ class MovedAsideTest : public QObject {
         QVERIFY(aside && QDir(place + "/mine").exists());
     }
 
+    void anOldReceiptIsHelpedOutByTheLink_data() {
+        QTest::addColumn<QByteArray>("receipt");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("target");
+        QTest::addColumn<bool>("isMoved");
+        const QByteArray null = R"({"uninstall_artifacts":null})";
+        QTest::newRow("no list") << null << "x.app" << "apps/x.app" << true;
+        QTest::newRow("nothing of a list") << QByteArray("{}") << "x.app" << "apps/x.app" << true;
+        QTest::newRow("other things") << QByteArray(R"({"uninstall_artifacts":[{"pkg":["x.pkg"]}]})")
+                                      << "x.app" << "apps/x.app" << false;
+        QTest::newRow("another name") << null << "y.app" << "apps/x.app" << false;
+        QTest::newRow("documents") << null << "Documents.app" << "Documents" << false;
+        QTest::newRow("elsewhere") << null << "x.app" << "elsewhere/x.app" << false;
+        QTest::newRow("deeper") << null << "x.app" << "apps/suite/x.app" << false;
+    }
+    void anOldReceiptIsHelpedOutByTheLink() {
+        QFETCH(QByteArray, receipt);
+        QFETCH(QString, name);
+        QFETCH(QString, target);
+        QFETCH(bool, isMoved);
+        World world;
+        Fixture::write(world.prefix() + "/Caskroom/x/.metadata/INSTALL_RECEIPT.json", receipt);
+        world.unlink();
+        const QString place = world.folder.filePath(target);
+        QDir().mkpath(place + "/mine");
+        QVERIFY(QFile::link(place, world.prefix() + "/Caskroom/x/1/" + name));
+        const auto aside = *MovedAside::begin(world.setting, world.token);
+        QCOMPARE(!QDir(place).exists(), isMoved);
+        QCOMPARE(aside->conclude(false).lines.size(), isMoved ? 1 : 0);
+        QVERIFY(QDir(place + "/mine").exists());
+    }
+
+    /// Homebrew writes the receipt last: without it a second application may still be missing.
+    void withoutAReceiptNothingIsTakenForRenamed() {
+        World world;
+        world.dieAside();
+        QVERIFY(QFile::remove(world.prefix() + "/Caskroom/x/.metadata/INSTALL_RECEIPT.json"));
+        world.unlink();
+        QDir().mkpath(world.path("apps/other.app"));
+        QVERIFY(QFile::link(world.path("apps/other.app"), world.prefix() + "/Caskroom/x/1/other.app"));
+        await(world.recovery.run({}));
+        QCOMPARE(world.apps(), QStringList({"other.app", "x.app"}));
+        QVERIFY(world.version() == "old" && world.thrownAway().isEmpty());
+    }
+
     void aLinkInTheApplicationFolderStays() {
         World world;
         QVERIFY(QDir().rename(world.app, world.path("Documents")));
@@ -275,15 +320,22 @@ class MovedAsideTest : public QObject {
         QVERIFY(world.notes().isEmpty());
     }
 
-    void aReceiptThatWasCutOffIsOfAnInstallationThatWas() {
-        World world;
-        world.dieAside();
-        world.installNew();
-        Fixture::write(world.prefix() + "/Caskroom/x/.metadata/INSTALL_RECEIPT.json", "{\"uninst");
-        await(world.recovery.run({}));
-        QCOMPARE(world.version(), "old");
-        QCOMPARE(world.thrownAway(), QStringList{"new"});
-        QVERIFY(world.notes().isEmpty());
+    void aDamagedReceiptProvesNothing() {
+        for (const char *text : {"{\"uninst", "", "[]"}) {
+            World world;
+            const QString receipt = world.prefix() + "/Caskroom/x/.metadata/INSTALL_RECEIPT.json";
+            world.dieAside();
+            world.installNew();
+            Fixture::write(receipt, text);
+            await(world.recovery.run({}));
+            QCOMPARE(world.apps(), QStringList({".larkspur-aside-x.app", "x.app"}));
+            QVERIFY(world.logText().contains(receipt + " is damaged"));
+            // Nor does it tell what to protect.
+            const auto aside = MovedAside::begin(world.setting, world.token);
+            QVERIFY((*aside)->warnings().join(QString()).contains("cannot be moved aside"));
+            const auto lost = LostApplications::of({"x"}, world.setting);
+            QVERIFY(lost.complaints().join(QString()).contains("are not protected"));
+        }
     }
 
     void recordsThatCannotBeReadLeaveItUnprotectedAndSaySo() {
