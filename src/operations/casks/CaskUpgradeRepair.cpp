@@ -66,9 +66,9 @@ bool leadsTo(const QString &link, const QString &place) {
 QList<RepairStep> Repair::run() {
     const auto versions = namesIn(m_home);
     if (!versions)
-        return {
-            std::unexpected(QStringLiteral("It cannot be told whether an upgrade of %1 was interrupted: %2")
-                                .arg(m_upgrade.token.text(), versions.error()))};
+        return {RepairStep::failed(
+            QStringLiteral("It cannot be told whether an upgrade of %1 was interrupted: %2")
+                .arg(m_upgrade.token.text(), versions.error()))};
     const bool isWholeAsLinked = std::ranges::all_of(
         m_upgrade.applications, [&](const auto &application) { return isWhole(application, *versions); });
     // Homebrew writes its options down after the last step of an installation, before it removes the old one.
@@ -80,10 +80,11 @@ QList<RepairStep> Repair::run() {
     if (hasBackup() || (!isWholeAsLinked && hasSomethingToReturn(isInstalled)))
         for (const CaskUpgrade::Application &application : m_upgrade.applications)
             steps.append(returnApplication(application));
-    if (std::ranges::all_of(steps, [](const RepairStep &step) { return step.has_value(); }))
+    if (std::ranges::none_of(steps,
+                             [](const RepairStep &step) { return step.kind == RepairStep::Kind::Not; }))
         if (const auto restored = restoreRecords(*versions); !restored)
-            steps.append(std::unexpected(restored.error()));
-    steps.removeIf([](const RepairStep &step) { return step && step->isEmpty(); });
+            steps.append(RepairStep::failed(restored.error()));
+    steps.removeIf([](const RepairStep &step) { return step.text.isEmpty(); });
     return steps;
 }
 
@@ -97,8 +98,9 @@ bool Repair::hasSomethingToReturn(bool isInstalled) const {
 
 /// Where Homebrew was interrupted while it removed the old version, or took it for removed.
 QList<RepairStep> Repair::leaveBackup() const {
-    return {QStringLiteral("An upgrade of %1 was interrupted. What it replaced is kept at %2.")
-                .arg(m_upgrade.token.text(), m_backup)};
+    return {
+        RepairStep::left(QStringLiteral("An upgrade of %1 was interrupted. What it replaced is kept at %2.")
+                             .arg(m_upgrade.token.text(), m_backup))};
 }
 
 /// Homebrew takes its link away before it touches an application, and makes the next one when that is whole.
@@ -132,16 +134,19 @@ bool Repair::isNewVersionComplete(const QStringList &versions) const {
 RepairStep Repair::returnApplication(const CaskUpgrade::Application &application) const {
     const QString &place = application.place;
     if (!isPlausiblePlace(place, m_upgrade.token, m_setting))
-        return std::unexpected(
+        return RepairStep::failed(
             QStringLiteral("%1 is left as it is: it does not look like an application of %2")
                 .arg(place, m_upgrade.token.text()));
     const QString kept = (hasBackup() ? m_backup : m_old) + QLatin1Char('/') + application.name;
     const QString unchanged = QStringLiteral("%1 is as it was before an interrupted upgrade.").arg(place);
+    // Its link is the first thing that Homebrew takes: the person has thrown away what is not there.
+    if (!hasBackup() && leadsTo(kept, place))
+        return RepairStep::done({});
     if (!isBundle(kept)) {
         // Homebrew leaves the folder of one whose contents it has taken.
         if (isBundle(place) && !QDir(place).isEmpty())
-            return leadsTo(kept, place) ? RepairStep(QString()) : link(application, unchanged);
-        return std::unexpected(
+            return leadsTo(kept, place) ? RepairStep::done({}) : link(application, unchanged);
+        return RepairStep::left(
             QStringLiteral("%1 is not there after an interrupted upgrade, and Homebrew has "
                            "kept no copy of it. “brew reinstall --cask %2” brings it back.")
                 .arg(place, m_upgrade.token.text()));
@@ -150,13 +155,13 @@ RepairStep Repair::returnApplication(const CaskUpgrade::Application &application
     const auto isPartial =
         hasBackup() || !isBundle(place) ? std::expected<bool, QString>(false) : isCopyPartial(place, kept);
     if (!isPartial)
-        return std::unexpected(QStringLiteral("It cannot be told whether %1 is whole after an interrupted "
-                                              "upgrade; a copy of it is kept at %2: %3")
-                                   .arg(place, kept, isPartial.error()));
+        return RepairStep::failed(QStringLiteral("It cannot be told whether %1 is whole after an interrupted "
+                                                 "upgrade; a copy of it is kept at %2: %3")
+                                      .arg(place, kept, isPartial.error()));
     const auto done =
         *isPartial ? throwAway(kept, *m_setting.trash) : returnToPlace(place, kept, *m_setting.trash);
     if (!done)
-        return std::unexpected(done.error());
+        return RepairStep::failed(done.error());
     return link(application, *isPartial
                                  ? unchanged
                                  : QStringLiteral("Put %1 back after an interrupted upgrade.").arg(place));
@@ -184,10 +189,10 @@ std::expected<bool, QString> Repair::isCopyPartial(const QString &place, const Q
 RepairStep Repair::link(const CaskUpgrade::Application &application, const QString &words) const {
     const QString path = (hasBackup() ? m_backup : m_old) + QLatin1Char('/') + application.name;
     if (!QFile::link(application.place, path))
-        return std::unexpected(
+        return RepairStep::failed(
             QStringLiteral("%1 is in its place, but Homebrew's link to it could not be made at %2")
                 .arg(application.place, path));
-    return words;
+    return RepairStep::done(words);
 }
 
 /// The new version goes, and the old one gets its name again, so that Homebrew knows what is there.
@@ -216,7 +221,7 @@ std::expected<void, QString> Repair::restoreRecords(const QStringList &versions)
 /// What Homebrew removes last. Its applications are in use no more.
 QList<RepairStep> Repair::discardBackup() const {
     const auto gone = throwAwayVersion(m_upgrade.version + CaskUpgrade::backupSuffix);
-    return gone ? QList<RepairStep>() : QList<RepairStep>{std::unexpected(gone.error())};
+    return gone ? QList<RepairStep>() : QList<RepairStep>{RepairStep::failed(gone.error())};
 }
 
 std::expected<void, QString> Repair::throwAwayVersion(const QString &version) const {

@@ -47,11 +47,8 @@ Task<Repaired> repair(QList<CaskUpgrade> upgrades, CaskSetting setting, LockedWo
     Repaired end;
     for (const RepairStep &step : steps) {
         end.hasDoneAnything = true;
-        end.isComplete = end.isComplete && step;
-        if (step)
-            work.say(*step);
-        else
-            work.warn(step.error());
+        end.isComplete = end.isComplete && step.kind != RepairStep::Kind::Not;
+        step.tell(work);
     }
     co_return Repaired(end);
 }
