@@ -92,7 +92,8 @@ bool PackageRun::forceNext(const BrewRun &run) {
     if (m_isForced)
         return false;
     const auto token = PackageName::parse(m_package.name);
-    const QStringList places = m_package.isCask && token
+    // What stands aside is not there either, but nobody has removed it.
+    const QStringList places = m_package.isCask && token && !m_guard.hasBegun()
                                    ? caskApplicationPlaces(*token, m_casks).value_or(QStringList())
                                    : QStringList();
     const auto retry = m_command.retry(m_package, run.lines, places);

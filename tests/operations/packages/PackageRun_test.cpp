@@ -251,6 +251,17 @@ class PackageRunTest : public QObject {
             QVERIFY(run->transcript().lines().contains(line));
     }
 
+    void whatStandsAsideWasNotRemoved() {
+        World world;
+        world.preferences.set(keys::useReinstallForCasks, true);
+        const QString app = world.addCask("x", "1");
+        const QString line = "Error: x: It seems the App source '" + app + "' is not there.\n";
+        world.shell.answerOnce("reinstall --cask x", line.toUtf8(), 1);
+        QCOMPARE(world.run("upgrade", {{"x", true}})->outcome(), OperationOutcome::Failed);
+        QCOMPARE(world.changes().size(), 1); // nothing was forced
+        QVERIFY(QFile::exists(app));
+    }
+
     void forceIsTriedOnce() {
         World world;
         world.addCask("x", "1");
