@@ -4,6 +4,7 @@
 #include "cli/Terminal.h"
 #include "core/async/Task.h"
 
+#include <QMap>
 #include <QSet>
 #include <QStringList>
 
@@ -39,6 +40,8 @@ struct CommandShape {
     QString summary;      ///< one sentence
     QString details = {}; ///< what more its own help says
     QStringList options = {};
+    /// Where the first name is a verb: each verb with the options that it takes.
+    QMap<QString, QStringList> verbs = {};
     int fewestNames = 0;
     int mostNames = 0; ///< -1: any number
 };

@@ -66,6 +66,29 @@ QString CommandRegistry::help(const Command &command) const {
            (shape.details.isEmpty() ? QString() : QStringLiteral("\n%1\n").arg(shape.details));
 }
 
+namespace {
+
+bool takes(const CommandShape &shape, const QString &option) {
+    return shape.options.contains(option) ||
+           std::ranges::any_of(shape.verbs,
+                               [&](const QStringList &options) { return options.contains(option); });
+}
+
+/// Why the verb and its options do not go together; empty if they do.
+QString complaintAboutVerb(const CommandShape &shape, const CommandArguments &arguments) {
+    if (shape.verbs.isEmpty())
+        return {};
+    const QString verb = arguments.names.first();
+    if (!shape.verbs.contains(verb))
+        return QStringLiteral("%1 has no \"%2\"").arg(shape.name, verb);
+    for (const QString &option : arguments.options)
+        if (!shape.verbs[verb].contains(option))
+            return QStringLiteral("%1 does not go with \"%2 %3\"").arg(option, shape.name, verb);
+    return {};
+}
+
+} // namespace
+
 std::expected<CommandArguments, QString> parseArguments(const CommandShape &shape, const QStringList &words) {
     CommandArguments arguments;
     bool onlyNames = false;
@@ -74,13 +97,15 @@ std::expected<CommandArguments, QString> parseArguments(const CommandShape &shap
             onlyNames = true;
         else if (onlyNames || !word.startsWith(QLatin1Char('-')))
             arguments.names.append(word);
-        else if (shape.options.contains(word))
+        else if (takes(shape, word))
             arguments.options.insert(word);
         else
             return std::unexpected(QStringLiteral("unknown option %1").arg(word));
     }
     if (arguments.names.size() < shape.fewestNames)
         return std::unexpected(QStringLiteral("a name is missing"));
+    if (const QString complaint = complaintAboutVerb(shape, arguments); !complaint.isEmpty())
+        return std::unexpected(complaint);
     if (shape.mostNames >= 0 && arguments.names.size() > shape.mostNames)
         return std::unexpected(QStringLiteral("too many words: %1").arg(arguments.names[shape.mostNames]));
     return arguments;

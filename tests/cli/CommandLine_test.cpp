@@ -42,6 +42,9 @@ class CommandLineTest : public QObject {
             QVERIFY(registry.help(*command).startsWith("Usage: larkspur " + shape.name));
             for (const QString &option : shape.options)
                 QVERIFY2(shape.synopsis.contains(option), qPrintable(shape.name + " " + option));
+            for (auto verb = shape.verbs.begin(); verb != shape.verbs.end(); ++verb)
+                for (const QString &word : QStringList(verb.key()) + verb.value())
+                    QVERIFY2(shape.synopsis.contains(word), qPrintable(shape.name + " " + word));
         }
         QVERIFY(names.contains("upgrade"));
         QVERIFY(registry.help(*registry.find("deps")).contains("(see above)"));

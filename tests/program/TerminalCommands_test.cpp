@@ -137,6 +137,9 @@ class TerminalCommandsTest : public QObject {
         QTest::newRow("missing name") << QStringList{"info"} << 2 << "a name is missing";
         QTest::newRow("too many") << QStringList{"info", "a", "b"} << 2 << "too many words: b";
         QTest::newRow("upgrade of nothing") << QStringList{"upgrade"} << 2 << "--all";
+        QTest::newRow("no such verb") << QStringList{"kegs", "lst"} << 2 << "kegs has no \"lst\"";
+        QTest::newRow("another verb's option") << QStringList{"snapshot", "list", "--roll-back"} << 2
+                                               << "--roll-back does not go with \"snapshot list\"";
         QTest::newRow("unknown package")
             << QStringList{"info", "nosuch"} << 1 << "Package 'nosuch' not found";
         QTest::newRow("hostile name")

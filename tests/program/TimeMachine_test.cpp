@@ -120,6 +120,9 @@ class TimeMachineTest : public QObject {
         QCOMPARE(run("uninstall --cask tidepool").status, 0);
         const QJsonArray list = run("snapshot list --json").json().array();
         QCOMPARE(list.first().toObject()["note"].toString(), "before");
+        const auto compared = run("snapshot compare --json " + list.first().toObject()["id"].toString());
+        QCOMPARE(compared.json().object()["removed"].toArray().first().toObject()["name"].toString(),
+                 "tidepool");
         const auto restored = run("snapshot restore " + list.last().toObject()["id"].toString());
         QVERIFY2(restored.output.contains("==> 1 cask(s) can't be rolled back automatically: amberdesk"),
                  qPrintable(restored.output));

@@ -48,7 +48,9 @@ class KegsCommand final : public Command {
         return {.name = QStringLiteral("kegs"),
                 .synopsis = QStringLiteral("list [--json] | verify | remove NAME VERSION [--yes]"),
                 .summary = QStringLiteral("Shows, checks and removes the preserved kegs of formulae."),
-                .options = {QStringLiteral("--json"), QStringLiteral("--yes")},
+                .verbs = {{QStringLiteral("list"), {QStringLiteral("--json")}},
+                          {QStringLiteral("verify"), {}},
+                          {QStringLiteral("remove"), {QStringLiteral("--yes")}}},
                 .fewestNames = 1,
                 .mostNames = 3};
     }

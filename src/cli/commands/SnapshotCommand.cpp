@@ -13,6 +13,9 @@ namespace larkspur::cli {
 
 namespace {
 
+const QString json = QStringLiteral("--json");
+const QString yes = QStringLiteral("--yes");
+
 QString shortId(const Snapshot &snapshot) {
     return snapshot.id.toString(QUuid::WithoutBraces).left(8).toUpper();
 }
@@ -28,6 +31,27 @@ QJsonObject jsonOf(const Snapshot &snapshot) {
 QString entryText(const SnapshotEntry &entry) {
     return QStringLiteral("%1 %2%3").arg(entry.name, entry.version,
                                          entry.isCask ? QStringLiteral(" (cask)") : QString());
+}
+
+QJsonArray jsonOf(const QList<SnapshotEntry> &entries) {
+    QJsonArray all;
+    for (const SnapshotEntry &entry : entries)
+        all.append(QJsonObject{{QStringLiteral("name"), entry.name},
+                               {QStringLiteral("version"), entry.version},
+                               {QStringLiteral("isCask"), entry.isCask}});
+    return all;
+}
+
+QJsonObject jsonOf(const SnapshotDiff &diff) {
+    QJsonArray changed;
+    for (const SnapshotVersionChange &change : diff.changed)
+        changed.append(QJsonObject{{QStringLiteral("name"), change.entry.name},
+                                   {QStringLiteral("isCask"), change.entry.isCask},
+                                   {QStringLiteral("oldVersion"), change.entry.version},
+                                   {QStringLiteral("newVersion"), change.currentVersion}});
+    return {{QStringLiteral("removed"), jsonOf(diff.removed)},
+            {QStringLiteral("added"), jsonOf(diff.added)},
+            {QStringLiteral("changed"), changed}};
 }
 
 void printDiff(const Terminal &terminal, const SnapshotDiff &diff) {
@@ -77,11 +101,17 @@ class SnapshotCommand final : public Command {
     CommandShape shape() const override {
         return {.name = QStringLiteral("snapshot"),
                 .synopsis =
-                    QStringLiteral("take [NOTE…] | list | show ID | compare ID [ID] | restore ID "
-                                   "[--remove-added] [--roll-back] | delete ID|--all [--yes] [--json]"),
+                    QStringLiteral("take [NOTE…] | list | show ID | compare ID [ID], each with [--json] | "
+                                   "restore ID [--remove-added] [--roll-back] [--yes] | "
+                                   "delete ID|--all [--yes]"),
                 .summary = QStringLiteral("Takes, shows, compares and restores restore points."),
-                .options = {QStringLiteral("--remove-added"), QStringLiteral("--roll-back"),
-                            QStringLiteral("--all"), QStringLiteral("--yes"), QStringLiteral("--json")},
+                .verbs = {{QStringLiteral("take"), {json}},
+                          {QStringLiteral("list"), {json}},
+                          {QStringLiteral("show"), {json}},
+                          {QStringLiteral("compare"), {json}},
+                          {QStringLiteral("restore"),
+                           {QStringLiteral("--remove-added"), QStringLiteral("--roll-back"), yes}},
+                          {QStringLiteral("delete"), {QStringLiteral("--all"), yes}}},
                 .fewestNames = 1,
                 .mostNames = -1};
     }
@@ -99,12 +129,6 @@ class SnapshotCommand final : public Command {
             co_return list(context, arguments);
         if (verb == QLatin1String("delete") && arguments.has("--all"))
             co_return co_await removeAll(context, arguments);
-        static const QStringList others{QStringLiteral("show"), QStringLiteral("compare"),
-                                        QStringLiteral("restore"), QStringLiteral("delete")};
-        if (!others.contains(verb)) {
-            context.terminal.error(QStringLiteral("snapshot has no \"%1\"").arg(verb));
-            co_return ExitStatus::WrongUsage;
-        }
         const Snapshot *found =
             arguments.names.isEmpty() ? nullptr : context.larkspur.snapshots().find(arguments.names.first());
         if (!found) {
@@ -140,17 +164,17 @@ class SnapshotCommand final : public Command {
 
     static ExitStatus list(const CommandContext &context, const CommandArguments &arguments) {
         const SnapshotManager &manager = context.larkspur.snapshots();
-        QJsonArray json;
+        QJsonArray all;
         QList<QStringList> rows;
         for (const Snapshot &snapshot : manager.snapshots()) {
-            json.append(jsonOf(snapshot));
+            all.append(jsonOf(snapshot));
             rows.append({shortId(snapshot), dateOf(snapshot), snapshotTriggerName(snapshot.trigger),
                          QStringLiteral("%1 formulae").arg(snapshot.formulae.size()),
                          QStringLiteral("%1 casks").arg(snapshot.casks.size()),
                          snapshot.note.value_or(QString())});
         }
         if (arguments.wantsJson())
-            context.terminal.json(json);
+            context.terminal.json(all);
         else
             context.terminal.table(rows);
         for (const QString &name : manager.unreadable())
@@ -201,7 +225,11 @@ class SnapshotCommand final : public Command {
         }
         if (newer->date < older.date)
             std::swap(older, *newer);
-        printDiff(context.terminal, compareSnapshots(older, *newer));
+        const SnapshotDiff diff = compareSnapshots(older, *newer);
+        if (arguments.wantsJson())
+            context.terminal.json(jsonOf(diff));
+        else
+            printDiff(context.terminal, diff);
         co_return ExitStatus::Done;
     }
 

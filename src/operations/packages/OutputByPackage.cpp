@@ -9,7 +9,7 @@ namespace larkspur {
 
 QHash<QString, QStringList> outputByPackage(const QList<PackageTarget> &packages, const QStringList &output) {
     static const QRegularExpression heading(
-        QStringLiteral("^==> (?:Upgrading|Reinstalling|Installing|Uninstalling)(?: Cask)? ([^\\s:]+)$"));
+        QStringLiteral("^==> (?:Upgrading|Reinstalling|Installing|Uninstalling)(?: Cask)? ([^\\s:]+)\\s*$"));
     static const QRegularExpression error(
         QStringLiteral("^(?:Error: ([^\\s:]+):|Warning: Reverting upgrade for (?:Cask |Formula )?(\\S+))"));
     QSet<QString> names;

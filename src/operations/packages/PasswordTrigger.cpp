@@ -11,7 +11,7 @@ namespace larkspur {
 std::optional<PasswordTrigger> passwordTrigger(const QStringList &output) {
     static const QRegularExpression heading(
         QStringLiteral("^==> (?:Upgrading|Installing|Reinstalling|Uninstalling|Pouring)"
-                       "(?: Cask| Formula)? ([^\\s:]+)$"));
+                       "(?: Cask| Formula)? ([^\\s:]+)\\s*$"));
     const auto failure = std::ranges::find_if(output, &showsPasswordFailure);
     if (failure == output.end())
         return std::nullopt;
