@@ -79,6 +79,7 @@ Larkspur::Larkspur(Environment environment)
     connect(&m_preferences, &Preferences::notSaved, this, [this](const QString &reason) {
         m_logger.error(QStringLiteral("[Larkspur] A preference could not be saved: ") + reason);
     });
+    keepKegsWithinTheirCap();
     // Whatever becomes of an operation: no list that it made stale may be shown at the next start.
     connect(&m_operations, &OperationCenter::packagesWillChange, this,
             [this] { m_refresh.invalidateCache(); });
@@ -131,6 +132,14 @@ void Larkspur::keepInventoryFresh() {
             m_inventory.update([](Inventory &inventory) { inventory.brewPrefix.reset(); });
         if (key == keys::includeAutoUpdateCasks || key == keys::brewPathOverride)
             refreshInBackground(QStringLiteral("The refresh after a changed preference"));
+    });
+}
+
+void Larkspur::keepKegsWithinTheirCap() {
+    connect(&m_preferences, &Preferences::changed, this, [this](const QString &key) {
+        // An upgrade that runs sees to it itself, and spares what it has just preserved.
+        if (key == keys::kegPreservationCapBytes && m_operations.unfinished().isEmpty())
+            m_tasks.spawn(QStringLiteral("The limit of preserved kegs"), m_kegs.enforceCap({}));
     });
 }
 

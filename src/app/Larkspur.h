@@ -89,6 +89,7 @@ class Larkspur : public QObject {
   private:
     void refreshInBackground(const QString &reason);
     Task<> readVersion();
+    void keepKegsWithinTheirCap();
     std::vector<std::unique_ptr<Leftover>> leftovers();
 
     Environment m_environment;

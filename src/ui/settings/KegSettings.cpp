@@ -60,6 +60,7 @@ KegSettings::KegSettings(Services services, QWidget *parent)
     , m_copies(new QTreeWidget) {
     auto *retention = new QSpinBox;
     retention->setRange(0, 1000);
+    retention->setKeyboardTracking(false);
     retention->setSpecialValueText(tr("Keep all snapshots"));
     retention->setValue(static_cast<int>(
         services.preferences.integer(keys::snapshotRetentionLimit, SnapshotManager::defaultRetention)));
@@ -68,6 +69,7 @@ KegSettings::KegSettings(Services services, QWidget *parent)
     auto *cap = new QSpinBox;
     cap->setRange(64, 1024 * 1024);
     cap->setSingleStep(256);
+    cap->setKeyboardTracking(false); // half a number is no limit: what is beyond it is removed
     cap->setSuffix(tr(" MiB"));
     cap->setValue(static_cast<int>(services.kegs.cap() / mebibyte));
     auto *layout = new QVBoxLayout(this);
