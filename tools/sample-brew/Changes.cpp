@@ -147,6 +147,31 @@ int forEachFormula(Brew &brew, const Arguments &arguments, int (*change)(Brew &,
     return status;
 }
 
+/// What an installation would do. Names only, as Homebrew prints it.
+int planInstall(Brew &brew, const Arguments &arguments) {
+    for (const QString &name : arguments.names) {
+        const Formula *formula = arguments.has("--cask") ? nullptr : brew.catalogue.formula(name);
+        if (!formula && !brew.catalogue.cask(name))
+            return unknown(brew, name);
+        brew.screen.header(QStringLiteral("Would install 1 %1:")
+                               .arg(formula ? QStringLiteral("formula") : QStringLiteral("cask")));
+        brew.screen.line(formula ? formula->fullName() : name);
+        QStringList replaced;
+        for (const Formula *dependency :
+             formula ? neededDependencies(brew, *formula) : QList<const Formula *>())
+            if (brew.isInstalled(*dependency))
+                replaced.append(dependency->fullName());
+        if (formula && brew.isOutdated(*formula))
+            replaced.append(formula->fullName());
+        if (replaced.isEmpty())
+            continue;
+        brew.screen.header(
+            QStringLiteral("Would upgrade %1 dependencies for %2:").arg(replaced.size()).arg(name));
+        brew.screen.line(replaced.join(QLatin1Char('\n')));
+    }
+    return 0;
+}
+
 } // namespace
 
 int install(Brew &brew, const Arguments &arguments) {
@@ -155,6 +180,8 @@ int install(Brew &brew, const Arguments &arguments) {
             QStringLiteral("Invalid usage: Options --adopt and --force are mutually exclusive."));
         return 1;
     }
+    if (arguments.has("--dry-run"))
+        return planInstall(brew, arguments);
     int status = 0;
     for (const QString &name : arguments.names) {
         const Formula *formula = arguments.has("--cask") ? nullptr : brew.catalogue.formula(name);

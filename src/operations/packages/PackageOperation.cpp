@@ -209,4 +209,12 @@ Task<Result<bool>> PackageOperation::removeUnlessGone(LockedWork work, const Pac
     co_return co_await runStep(std::move(work), command, std::move(package), report);
 }
 
+QStringList formulaNames(const QList<PackageTarget> &packages) {
+    QStringList names;
+    for (const PackageTarget &package : packages)
+        if (!package.isCask)
+            names.append(package.name);
+    return names;
+}
+
 } // namespace larkspur

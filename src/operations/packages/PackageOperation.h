@@ -68,4 +68,7 @@ class PackageOperation : public Operation {
     bool m_hasToldOfBlindness = false;
 };
 
+/// The names of those that are formulae.
+QStringList formulaNames(const QList<PackageTarget> &packages);
+
 } // namespace larkspur

@@ -8,6 +8,7 @@
 #include "operations/packages/UpgradeEnd.h"
 #include "operations/packages/UpgradePackages.h"
 #include "operations/packages/UpgradeSafeguard.h"
+#include "operations/plan/DryRun.h"
 #include "operations/plan/OperationPlanner.h"
 
 #include <algorithm>
@@ -80,7 +81,9 @@ class UpgradeAll final : public PackageOperation {
     }
     Task<Result<bool>> prepare(LockedWork work) override {
         co_return co_await services().safeguard.prepare(
-            work, {.isEverything = true, .packages = packages(), .replaced = m_replaced}, &installed());
+            work,
+            {.packages = packages(), .dryRun = dryRunOfAll(false, work.context.stop), .replaced = m_replaced},
+            &installed());
     }
     Task<Result<bool>> carryOut(LockedWork work, OperationReport *report) override;
     Task<> conclude(LockedWork work, const InstalledPackages *before, const InstalledPackages *after,

@@ -5,6 +5,7 @@
 #include "operations/packages/UpgradeCommand.h"
 #include "operations/packages/UpgradeEnd.h"
 #include "operations/packages/UpgradeSafeguard.h"
+#include "operations/plan/DryRun.h"
 #include "operations/plan/OperationPlanner.h"
 
 #include <algorithm>
@@ -85,8 +86,12 @@ Task<Result<bool>> UpgradePackages::prepare(LockedWork work) {
         if (const auto taken = co_await pin->second.takeOff(); !taken)
             co_return std::unexpected(taken.error());
     }
-    co_return co_await services().safeguard.prepare(work, {.packages = packages(), .replaced = m_replaced},
-                                                    &installed());
+    const QStringList formulae = formulaNames(packages());
+    BrewCommand dryRun;
+    if (!formulae.isEmpty())
+        dryRun = dryRunOf(formulae, false, work.context.stop);
+    co_return co_await services().safeguard.prepare(
+        work, {.packages = packages(), .dryRun = dryRun, .replaced = m_replaced}, &installed());
 }
 
 Task<Result<bool>> UpgradePackages::treat(LockedWork work, PackageTarget package, OperationReport *report) {

@@ -2,22 +2,11 @@
 
 #include "core/brew/PackageName.h"
 #include "operations/kegs/KegPreservationManager.h"
+#include "operations/packages/PackageOperation.h"
 #include "operations/plan/DryRun.h"
 #include "operations/snapshots/SnapshotManager.h"
 
 namespace larkspur {
-
-namespace {
-
-QStringList namedFormulae(const QList<PackageTarget> &packages) {
-    QStringList names;
-    for (const PackageTarget &package : packages)
-        if (!package.isCask)
-            names.append(package.name);
-    return names;
-}
-
-} // namespace
 
 UpgradeSafeguard::UpgradeSafeguard(Parts parts)
     : m_parts(parts) {}
@@ -26,12 +15,10 @@ UpgradeSafeguard::UpgradeSafeguard(Parts parts)
 Task<UpgradeSafeguard::Replaced> UpgradeSafeguard::replacedFormulae(LockedWork work, Scope scope) {
     if (scope.replaced)
         co_return Replaced{*scope.replaced};
-    QStringList names = namedFormulae(scope.packages);
-    if (names.isEmpty() && !scope.isEverything)
-        co_return Replaced{};
-    const auto answer =
-        co_await work.session->execute(scope.isEverything ? dryRunOfAll(false, work.context.stop)
-                                                          : dryRunOf(names, false, work.context.stop));
+    QStringList names = formulaNames(scope.packages);
+    if (scope.dryRun.arguments.isEmpty())
+        co_return Replaced{names};
+    const auto answer = co_await work.session->execute(scope.dryRun);
     const auto verdict = answer ? answer->verdict() : std::unexpected(answer.error());
     OperationPlan plan;
     if (answer) // what was told before it failed is true all the same
@@ -42,8 +29,17 @@ Task<UpgradeSafeguard::Replaced> UpgradeSafeguard::replacedFormulae(LockedWork w
     co_return Replaced{names, verdict ? QString() : verdict.error().description()};
 }
 
-Task<bool> UpgradeSafeguard::prepare(LockedWork work, Scope scope,
-                                     const std::expected<InstalledPackages, QString> *installed) {
+Task<bool> UpgradeSafeguard::preserveReplaced(LockedWork work, Scope scope, const Installed *installed) {
+    if (!m_parts.kegs.isEnabled())
+        co_return true;
+    if (!*installed) {
+        work.warn(QStringLiteral("No version could be preserved: %1").arg(installed->error()));
+        co_return false;
+    }
+    co_return co_await preserve(work, scope, &**installed, std::nullopt);
+}
+
+Task<bool> UpgradeSafeguard::prepare(LockedWork work, Scope scope, const Installed *installed) {
     if (!*installed) {
         work.warn(QStringLiteral("No restore point could be saved: %1").arg(installed->error()));
         if (m_parts.kegs.isEnabled())

@@ -18,19 +18,20 @@ class UpgradeSafeguard {
     };
     explicit UpgradeSafeguard(Parts parts);
 
-    /// What an upgrade is about to change.
+    using Installed = std::expected<InstalledPackages, QString>;
+    /// What is about to be changed.
     struct Scope {
-        bool isEverything = false;
-        QList<PackageTarget> packages = {}; ///< what is named otherwise
-        /// Formulae that will be replaced, dependencies and dependents included, where Homebrew was asked
-        /// already.
+        QList<PackageTarget> packages = {}; ///< what is named
+        BrewCommand dryRun;                 ///< asks Homebrew what will be replaced; no words: nothing will
+        /// The answer, dependencies and dependents included, where Homebrew was asked already.
         std::optional<QStringList> replaced = std::nullopt;
     };
-    /// Takes a restore point and preserves every keg that the upgrade will replace; neither where it could
-    /// not be read what is installed. What fails is said and logged, and the upgrade goes on. False if
-    /// something has failed.
-    Task<bool> prepare(LockedWork work, Scope scope,
-                       const std::expected<InstalledPackages, QString> *installed);
+    /// Takes a restore point and preserves every keg that an upgrade will replace; neither where it could not
+    /// be read what is installed. What fails is said and logged, and the upgrade goes on. False if something
+    /// has failed.
+    Task<bool> prepare(LockedWork work, Scope scope, const Installed *installed);
+    /// The same without a restore point, for what replaces kegs by the way.
+    Task<bool> preserveReplaced(LockedWork work, Scope scope, const Installed *installed);
 
   private:
     Task<bool> preserve(LockedWork work, Scope scope, const InstalledPackages *installed,

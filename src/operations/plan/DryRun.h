@@ -11,6 +11,9 @@ BrewCommand dryRunOfAll(bool selfUpdating, StopToken stop);
 /// The same of some packages of one kind; names that are none are left out.
 BrewCommand dryRunOf(const QStringList &names, bool areCasks, StopToken stop);
 
+/// What an installation would change besides what it adds: outdated dependencies come along.
+BrewCommand dryRunOfInstall(const QStringList &names, bool areCasks, StopToken stop);
+
 /// The changes in its output; adds to what the plan holds.
 void readDryRun(const QString &output, OperationPlan &plan);
 

@@ -5,6 +5,8 @@
 #include "operations/packages/PackageOperation.h"
 #include "operations/packages/RemovalOrder.h"
 #include "operations/packages/UninstallPackages.h"
+#include "operations/packages/UpgradeSafeguard.h"
+#include "operations/plan/DryRun.h"
 #include "operations/snapshots/RestorePlan.h"
 #include "operations/snapshots/SnapshotManager.h"
 
@@ -46,6 +48,14 @@ class RestoreSnapshot final : public PackageOperation {
 
     RestoreOrder m_order;
 };
+
+QStringList namesOf(const QList<SnapshotEntry> &entries, bool isCask) {
+    QStringList names;
+    for (const SnapshotEntry &entry : entries)
+        if (entry.isCask == isCask)
+            names.append(entry.name);
+    return names;
+}
 
 /// What the packages of the report that have come to such an end are called.
 QStringList namesWhere(const OperationReport &report, bool isDone) {
@@ -142,6 +152,11 @@ Task<Result<bool>> RestoreSnapshot::addTaps(LockedWork work, QStringList taps, O
 Task<Result<bool>> RestoreSnapshot::installMissing(LockedWork work, QList<SnapshotEntry> missing,
                                                    OperationReport *report) {
     const InstallCommand command;
+    for (const bool isCask : {false, true})
+        if (const QStringList names = namesOf(missing, isCask); !names.isEmpty())
+            if (!co_await services().safeguard.preserveReplaced(
+                    work, {.dryRun = dryRunOfInstall(names, isCask, work.context.stop)}, &installed()))
+                report->hasWarnings = true;
     for (const SnapshotEntry &entry : missing) {
         work.say(QStringLiteral("Reinstalling ") + entry.name);
         const auto done =

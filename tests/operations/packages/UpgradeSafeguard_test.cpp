@@ -58,6 +58,34 @@ class UpgradeSafeguardTest : public QObject {
         QVERIFY(!world.shell.commandLines().contains("upgrade --dry-run --formula acme/tools/x"));
     }
 
+    void whatAnInstallationReplacesIsKeptToo() {
+        World world;
+        world.shell.answer("install --dry-run --formula y",
+                           "==> Would install 1 formula:\ny\n==> Would upgrade 1 dependency for y:\nlib\n");
+        world.shell.answerOnce("install y", {}, 0, [&] { world.addFormula("y", "1"); });
+        QVERIFY(!world.perform("install", {{.name = "y"}}).hasWarnings);
+        QCOMPARE(world.preserved(), QStringList{"lib 1"});
+        world.shell.answer("upgrade --dry-run --formula x",
+                           "==> Would upgrade 1 outdated package\nx 1 -> 2\n");
+        world.shell.answerOnce("reinstall x", {}, 0, [&] { world.addFormula("x", "2"); });
+        world.perform("reinstall", {{.name = "x"}});
+        QCOMPARE(world.preserved(), QStringList({"lib 1", "x 1"}));
+        QVERIFY(world.snapshots.snapshots().isEmpty()); // those are for upgrades
+    }
+
+    void aPinIsOffBeforeHomebrewIsAsked() {
+        World world;
+        bool isOff = false;
+        world.shell.answerOnce("unpin x", {}, 0, [&] { isOff = true; });
+        world.shell.answerOnce("upgrade --dry-run --formula x",
+                               "==> Would upgrade 1 dependency for x:\nlib  1 -> 2\nx 1 -> 2\n", 0,
+                               [&] { QVERIFY(isOff); });
+        world.shell.answerOnce("upgrade --formula x", {}, 0, [&] { world.addFormula("x", "2"); });
+        world.shell.answer("pin x", {});
+        QVERIFY(!world.perform("upgrade", {{"x", false, "1", "2", true}}).hasWarnings);
+        QCOMPARE(world.preserved(), QStringList({"lib 1", "x 1"}));
+    }
+
     void aDryRunThatFailsIsSaid() {
         World world;
         world.shell.answer("upgrade --dry-run --formula acme/tools/x", {}, 1, "Error: broken tap\n");
